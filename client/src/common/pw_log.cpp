@@ -1,0 +1,1 @@
+#include "client/src/common/pw_log.h"

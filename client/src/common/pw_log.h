@@ -1,0 +1,39 @@
+// The ways in which the library speaks to the user, all through the sinks of the environment.
+//
+// Every text brings its own prefix ("WARNING: ", "ERROR: ") and line end. Without an environment
+// nothing is said. Not synchronised.
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "host/environment.h"
+
+namespace pwr {
+
+/// The tag that switches the conditional warnings of the writers on.
+inline constexpr const char* c_textWriterConditionalLogTag = "text-writer-plugin";
+
+/// Logs an error at level 1, when errors show.
+void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Logs a warning at level 2, when warnings show.
+void logPlainWarning(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Logs a warning at level 2, when warnings show or the user has switched `tag` on.
+void logTaggedWarning(const char* tag, const char* format, ...)
+    __attribute__((format(printf, 2, 3)));
+
+/// The stream for a warning that is inserted piece by piece. When warnings show, the stream is the
+/// warning sink and has got "2WARNING: " already (the digit is part of the line); otherwise it is
+/// the quiet stream and has got nothing. REQUIRES: an environment.
+std::ostream& warningStream();
+
+/// The same for an error: "1ERROR: ", when errors show.
+std::ostream& errorStream();
+
+/// Inserts `label`, the number and the text of the current `errno` and a line end as a stream
+/// warning. `errno` is kept.
+void streamErrnoWarning(const std::string& label);
+
+}  // namespace pwr

@@ -1,0 +1,1 @@
+// Placeholder until the room has its first source.

@@ -1,0 +1,54 @@
+// Reads a message recording and delivers it, record by record.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace qumetra {
+
+class MessageSink;
+class Model;
+
+/// A fault of a recording: `what()` is "FILE:LINE: what was wrong and what was expected", or for a
+/// file that cannot be read "FILE: reason".
+class RecordingError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Reads a recording line by line; memory does not grow with the number of messages. Objects that
+/// the recording defines go into the model, messages to the sink. A `config` record replaces the
+/// process-wide metric order. Model and sink are borrowed and must outlive the reader.
+class RecordingReader {
+ public:
+  using WarningHandler = std::function<void(const std::string& text)>;
+
+  /// Opens the file. Throws `RecordingError` when that fails.
+  RecordingReader(const std::string& path, Model& model, MessageSink& sink);
+  RecordingReader(const RecordingReader&) = delete;
+  RecordingReader& operator=(const RecordingReader&) = delete;
+  ~RecordingReader();
+
+  /// Gets the warnings, without a line end. By default they are dropped.
+  void setWarningHandler(WarningHandler handler);
+
+  /// Reads one line and delivers what it holds. Returns false at the end of the file. Throws
+  /// `RecordingError` at a fault; all before it has been delivered, and reading cannot go on.
+  bool readLine();
+  /// Reads everything that is left.
+  void readAll();
+
+  std::uint64_t bytesRead() const;
+  /// The size of the file when it was opened; 0 for what has none, such as a pipe.
+  std::uint64_t sizeBytes() const;
+  std::uint64_t samplesRead() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> m_state;
+};
+
+}  // namespace qumetra

@@ -1,0 +1,76 @@
+// One run: the chosen writers of a plug-in library, driven from `init` to `fini`.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "qumetra/model/message_sink.h"
+
+namespace qumetra {
+
+class CallLog;
+class WriterLibrary;
+
+/// Something that keeps a run from starting: no library, an unknown writer name.
+class RunError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// What a run is made from.
+struct RunOptions {
+  /// Option names; "all" stands for every writer.
+  std::vector<std::string> writers;
+  /// The output base name.
+  std::string base;
+  /// Passes true to `init` and makes flushes count.
+  bool continuous = false;
+};
+
+/// Gives every message to every chosen writer, in the order in which the library lists them. A
+/// writer whose `init` failed gets no messages, but its `fini`. Whatever a writer throws is caught
+/// and counts as status 1. What `writeMessage` and `flushContinuousResults` return does not alter
+/// the run.
+///
+///     WriterLibrary library(WriterLibrary::defaultPath());
+///     Run run(library, {.writers = {"sum"}, .base = "result"});
+///     run.start();
+///     run.sample(metric);
+///     int status = run.finish();
+class Run : public MessageSink {
+ public:
+  /// Chooses the writers; throws `RunError` for an unknown name and lists the known ones. `library`
+  /// and `callLog` are borrowed and must outlive the run; `callLog` may be null.
+  Run(WriterLibrary& library, RunOptions options, CallLog* callLog = nullptr);
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+  /// Finishes a run that was started and not finished.
+  ~Run() override;
+
+  /// Calls `init` of every writer. Returns 0, or 1 when one of them failed.
+  int start();
+  void system(const pwr::SystemMessage& message) override;
+  void text(const pwr::TextMessage& message) override;
+  void id(const pwr::IdMessage& message) override;
+  void sample(const pwr::Metric& metric) override;
+  void table(const pwr::TableMessage& table) override;
+  void container(const pwr::MetricContainerInfoMessage& message) override;
+  /// Skipped unless the run is continuous.
+  void flush(const pwr::SystemMetadata& metadata) override;
+  /// Calls `fini` of every writer. Returns 0, or 1 when an `init` or `fini` failed. Calling it
+  /// twice is harmless.
+  int finish();
+
+  /// The writers of the run by option name, in their order.
+  std::vector<std::string> writerNames() const;
+  std::uint64_t samplesDelivered() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> m_state;
+};
+
+}  // namespace qumetra
