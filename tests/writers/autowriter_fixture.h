@@ -22,12 +22,13 @@ inline constexpr const char* kFile = "Automation_Summary.csv";
 
 /// Each test stands in a fresh directory.
 class AutoWriterTest : public ::testing::Test {
- protected:
+ public:
   AutoWriterTest() : m_formerDirectory(std::filesystem::current_path()) {
     std::filesystem::current_path(m_dir.path());
   }
   ~AutoWriterTest() override { std::filesystem::current_path(m_formerDirectory); }
 
+ protected:
   /// Gives the writer a title table with one shared column per text.
   int titleTable(const std::string& title, const Texts& columns) {
     m_columns.clear();
