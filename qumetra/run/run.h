@@ -3,22 +3,16 @@
 
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "qumetra/model/message_sink.h"
+#include "qumetra/run/run_error.h"
 
 namespace qumetra {
 
 class CallLog;
 class WriterLibrary;
-
-/// Something that keeps a run from starting: no library, an unknown writer name.
-class RunError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// What a run is made from.
 struct RunOptions {
@@ -32,8 +26,11 @@ struct RunOptions {
 
 /// Gives every message to every chosen writer, in the order in which the library lists them. A
 /// writer whose `init` failed gets no messages, but its `fini`. Whatever a writer throws is caught
-/// and counts as status 1. What `writeMessage` and `flushContinuousResults` return does not alter
-/// the run.
+/// and counts as status 1; the first thing that it throws is logged. What `writeMessage` and
+/// `flushContinuousResults` return does not alter the run.
+///
+/// A collection begins with the first system message: just before it, each writer is reset for a
+/// new collection with its metadata, the first timestamp being the value.
 ///
 ///     WriterLibrary library(WriterLibrary::defaultPath());
 ///     Run run(library, {.writers = {"sum"}, .base = "result"});
@@ -60,12 +57,17 @@ class Run : public MessageSink {
   void container(const pwr::MetricContainerInfoMessage& message) override;
   /// Skipped unless the run is continuous.
   void flush(const pwr::SystemMetadata& metadata) override;
+  /// A collector saw that a telemetry device was reset at `ticks`; the writers are told at once.
+  void telemetryDeviceReset(std::uint32_t device, std::uint64_t ticks,
+                            const pwr::SystemMetadata& metadata);
   /// Calls `fini` of every writer. Returns 0, or 1 when an `init` or `fini` failed. Calling it
   /// twice is harmless.
   int finish();
 
   /// The writers of the run by option name, in their order.
   std::vector<std::string> writerNames() const;
+  /// The files that these writers are known to make.
+  std::vector<std::string> resultFiles() const;
   std::uint64_t samplesDelivered() const;
 
  private:
