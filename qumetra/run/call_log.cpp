@@ -1,7 +1,9 @@
 #include "qumetra/run/call_log.h"
 
 #include <cerrno>
+#include <iterator>
 #include <system_error>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -25,15 +27,16 @@ const char* nameOf(LogEvent::Sink sink) {
 
 }  // namespace
 
-CallLog::CallLog(const std::string& path) : m_path(path), m_file(std::fopen(path.c_str(), "we")) {
-  if (m_file == nullptr) {
-    fail();
-  }
-}
+CallLog::CallLog(std::string path) : m_path(std::move(path)) {}
 
 CallLog::~CallLog() { close(); }
 
-void CallLog::listenTo(Environment& environment) {
+void CallLog::start(Environment& environment) {
+  m_file.reset(std::fopen(m_path.c_str(), "we"));
+  if (m_file == nullptr) {
+    fail();
+    return;
+  }
   m_environment = &environment;
   environment.setListener([this](const LogEvent& event) { log(event); });
 }

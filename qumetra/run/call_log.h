@@ -25,15 +25,18 @@ struct LogEvent;
 /// synchronised.
 class CallLog {
  public:
-  /// Makes or truncates the file. A failure to do so sticks as any other; see `error`.
-  explicit CallLog(const std::string& path);
+  /// Touches nothing yet.
+  explicit CallLog(std::string path);
   CallLog(const CallLog&) = delete;
   CallLog& operator=(const CallLog&) = delete;
   ~CallLog();
 
-  /// Listens to `environment` until the log is closed; `environment` must live as long.
-  void listenTo(Environment& environment);
+  /// Makes or truncates the file, and listens to `environment` until the log is closed;
+  /// `environment` must live as long. A failure sticks as any other; see `error`. REQUIRES: not
+  /// called before.
+  void start(Environment& environment);
 
+  // Calls and logs before `start` and after `close` are dropped.
   void call(std::string_view writer, std::string_view call, int status);
   void log(const LogEvent& event);
 

@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "client/src/common/pw_log.h"
 #include "qumetra/run/call_log.h"
 #include "qumetra/run/guarded_call.h"
 #include "qumetra/run/output_check.h"
@@ -21,8 +20,8 @@ constexpr const char* kAllWriters = "all";
 struct Driven {
   const LoadedWriter* writer;
   bool initFailed = false;
-  /// What it threw was told already; one line is enough for a writer that throws at every sample.
-  bool throwTold = false;
+  /// One line is enough for a writer that throws at every sample.
+  bool throwNoted = false;
 };
 
 /// The writers of those names, in the order of the library, each once.
@@ -59,7 +58,10 @@ struct Run::State {
   void deliver(const char* name, Call&& call);
   /// Resets the writers: a collection begins.
   void beginCollection(const pwr::SystemMetadata& metadata);
-  void tellThrown(Driven& driven, const char* name, const std::string& thrown);
+  void noteThrown(Driven& driven, const char* name, const std::string& thrown);
+  /// The status of the run is a failure from now on.
+  void fail(const Driven& driven, const char* name);
+  void note(const Driven& driven, const char* name, const std::string& what);
   /// Makes a call that no message stands for. `call` returns false when the writer refuses.
   template <typename Call>
   void resetOne(Driven& driven, const char* name, Call&& call);
@@ -72,13 +74,14 @@ struct Run::State {
   bool collectionBegun = false;
   int status = 0;
   std::uint64_t samples = 0;
+  std::vector<std::string> problems;
 };
 
 template <typename Call>
 int Run::State::callOne(Driven& driven, const char* name, Call&& call) {
   int result = 1;
   if (const auto thrown = thrownBy([&] { result = call(*driven.writer->plugin); })) {
-    tellThrown(driven, name, *thrown);
+    noteThrown(driven, name, *thrown);
   }
   if (callLog != nullptr) {
     callLog->call(driven.writer->option, name, result);
@@ -95,22 +98,29 @@ void Run::State::deliver(const char* name, Call&& call) {
   }
 }
 
-void Run::State::tellThrown(Driven& driven, const char* name, const std::string& thrown) {
-  if (std::exchange(driven.throwTold, true)) {
-    return;
+void Run::State::noteThrown(Driven& driven, const char* name, const std::string& thrown) {
+  if (!std::exchange(driven.throwNoted, true)) {
+    note(driven, name, "threw: " + thrown);
   }
-  pwr::logError("ERROR: Writer %s: %s threw: %s\n", driven.writer->option.c_str(), name,
-                thrown.c_str());
+}
+
+void Run::State::fail(const Driven& driven, const char* name) {
+  status = 1;
+  note(driven, name, "failed");
+}
+
+void Run::State::note(const Driven& driven, const char* name, const std::string& what) {
+  problems.push_back(fmt::format("writer {}: {} {}", driven.writer->option, name, what));
 }
 
 template <typename Call>
 void Run::State::resetOne(Driven& driven, const char* name, Call&& call) {
   bool accepted = true;
   if (const auto thrown = thrownBy([&] { accepted = call(*driven.writer->plugin); })) {
-    tellThrown(driven, name, *thrown);
+    noteThrown(driven, name, *thrown);
   }
   if (!accepted) {
-    pwr::logError("ERROR: Writer %s: %s was refused\n", driven.writer->option.c_str(), name);
+    note(driven, name, "was refused");
   }
 }
 
@@ -140,7 +150,9 @@ int Run::start() {
       return writer.init(m_state->options.base, m_state->options.continuous);
     });
     driven.initFailed = result != 0;
-    m_state->status |= driven.initFailed ? 1 : 0;
+    if (driven.initFailed) {
+      m_state->fail(driven, "init");
+    }
   }
   return m_state->status;
 }
@@ -201,7 +213,9 @@ int Run::finish() {
   for (Driven& driven : m_state->writers) {
     const int result =
         m_state->callOne(driven, "fini", [](WriterPlugin& writer) { return writer.fini(); });
-    m_state->status |= result != 0 ? 1 : 0;
+    if (result != 0) {
+      m_state->fail(driven, "fini");
+    }
   }
   return m_state->status;
 }
@@ -223,6 +237,8 @@ std::vector<std::string> Run::resultFiles() const {
   }
   return files;
 }
+
+const std::vector<std::string>& Run::problems() const { return m_state->problems; }
 
 std::uint64_t Run::samplesDelivered() const { return m_state->samples; }
 

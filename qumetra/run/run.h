@@ -26,8 +26,8 @@ struct RunOptions {
 
 /// Gives every message to every chosen writer, in the order in which the library lists them. A
 /// writer whose `init` failed gets no messages, but its `fini`. Whatever a writer throws is caught
-/// and counts as status 1; the first thing that it throws is logged. What `writeMessage` and
-/// `flushContinuousResults` return does not alter the run.
+/// and counts as status 1. What `writeMessage` and `flushContinuousResults` return does not alter
+/// the run.
 ///
 /// A collection begins with the first system message: just before it, each writer is reset for a
 /// new collection with its metadata, the first timestamp being the value.
@@ -69,6 +69,9 @@ class Run : public MessageSink {
   /// The files that these writers are known to make.
   std::vector<std::string> resultFiles() const;
   std::uint64_t samplesDelivered() const;
+  /// What went wrong so far, one line each, without a line end: every failed `init` and `fini`, a
+  /// refused reset, and the first thing that each writer threw.
+  const std::vector<std::string>& problems() const;
 
  private:
   struct State;
