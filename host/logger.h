@@ -22,7 +22,7 @@ class Logger {
   virtual int finish();
   /// Brings the buffer's bytes to the file. The first use makes the file and its directories, or
   /// empties it, also when there are no bytes; later uses append. A file that cannot be made or
-  /// written is one error in the log, at level 1.
+  /// written is one error in the log, at level 1, however often it fails.
   virtual void flush();
   /// Releases the file. A later `flush` appends to it.
   virtual void close();
@@ -37,6 +37,7 @@ class Logger {
   std::string m_fileName;
   int m_descriptor = -1;
   bool m_started = false;
+  bool m_failureReported = false;
 };
 
 }  // namespace pwr

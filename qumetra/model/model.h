@@ -84,8 +84,6 @@ class Model {
   pwr::PCHMetadata& addPchMetadata();
 
  private:
-  /// The id for a new object, checked and taken.
-  std::uint64_t takeId(const std::optional<std::uint64_t>& wanted);
   template <typename Handle, typename... Arguments>
   Handle& addHandle(const HandleSpec& spec, Arguments&&... arguments);
 

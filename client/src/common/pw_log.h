@@ -1,7 +1,7 @@
 // The ways in which the library speaks to the user, all through the sinks of the environment.
 //
 // Every text brings its own prefix ("WARNING: ", "ERROR: ") and line end. Without an environment
-// nothing is said. Not synchronised.
+// nothing is said. `errno` is kept by all of them. Not synchronised.
 #pragma once
 
 #include <ostream>
@@ -26,14 +26,14 @@ void logTaggedWarning(const char* tag, const char* format, ...)
 
 /// The stream for a warning that is inserted piece by piece. When warnings show, the stream is the
 /// warning sink and has got "2WARNING: " already (the digit is part of the line); otherwise it is
-/// the quiet stream and has got nothing. REQUIRES: an environment.
+/// the quiet stream and has got nothing. Without an environment it drops everything.
 std::ostream& warningStream();
 
 /// The same for an error: "1ERROR: ", when errors show.
 std::ostream& errorStream();
 
 /// Inserts `label`, the number and the text of the current `errno` and a line end as a stream
-/// warning. `errno` is kept.
+/// warning.
 void streamErrnoWarning(const std::string& label);
 
 }  // namespace pwr

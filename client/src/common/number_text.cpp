@@ -1,0 +1,87 @@
+#include "client/src/common/number_text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace pwr {
+namespace {
+
+constexpr int c_streamPrecision = 6;
+/// Longer than any integer, any real in shortest form, and any real with six significant digits.
+constexpr std::size_t c_shortTextBytes = 32;
+/// Sign, the digits before the point of the largest real, and the point.
+constexpr std::size_t c_fixedBytesBesideDecimals =
+    1 + std::numeric_limits<double>::max_exponent10 + 1 + 1;
+/// Up to this many decimals no text passes through the heap on its way.
+constexpr int c_commonDecimals = 32;
+
+template <typename... Arguments>
+void appendShortText(std::string& out, Arguments... arguments) {
+  std::array<char, c_shortTextBytes> buffer;
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments...);
+  out.append(buffer.data(), result.ptr);
+}
+
+void appendFixedByHeap(std::string& out, double value, int precision) {
+  std::string text(c_fixedBytesBesideDecimals + static_cast<std::size_t>(precision), '\0');
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
+                                    std::chars_format::fixed, precision);
+  out.append(text.data(), result.ptr);
+}
+
+template <typename Integer>
+std::string integerText(Integer value) {
+  std::string text;
+  appendShortText(text, value);
+  return text;
+}
+
+std::string realText(double value) {
+  std::string text;
+  appendGeneral(text, value);
+  return text;
+}
+
+}  // namespace
+
+void appendInt(std::string& out, long value) { appendShortText(out, value); }
+
+void appendUInt(std::string& out, unsigned long value) { appendShortText(out, value); }
+
+void appendGeneral(std::string& out, double value) {
+  appendShortText(out, value, std::chars_format::general, c_streamPrecision);
+}
+
+void appendFixed(std::string& out, double value, int precision) {
+  if (std::isnan(value)) {
+    out += "nan";
+    return;
+  }
+  const int decimals = std::max(precision, 0);
+  if (decimals > c_commonDecimals) {
+    appendFixedByHeap(out, value, decimals);
+    return;
+  }
+  std::array<char, c_fixedBytesBesideDecimals + c_commonDecimals> buffer;
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                    std::chars_format::fixed, decimals);
+  out.append(buffer.data(), result.ptr);
+}
+
+void appendShortest(std::string& out, double value) { appendShortText(out, value); }
+
+std::string toString(int value) { return integerText(value); }
+std::string toString(unsigned int value) { return integerText(value); }
+std::string toString(unsigned long value) { return integerText(value); }
+std::string toString(unsigned short value) { return integerText(value); }
+std::string toString(float value) { return realText(static_cast<double>(value)); }
+std::string toString(double value) { return realText(value); }
+std::string to_string(long value) { return integerText(value); }
+std::string to_string(unsigned long value) { return integerText(value); }
+std::string to_string(double value) { return realText(value); }
+
+}  // namespace pwr
