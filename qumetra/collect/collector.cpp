@@ -1,0 +1,46 @@
+#include "qumetra/collect/collector.h"
+
+#include <utility>
+
+#include "qumetra/collect/cpu_idle_collector.h"
+#include "qumetra/collect/cpu_time_collector.h"
+#include "qumetra/collect/summary_tables.h"
+
+namespace qumetra {
+
+Collector::Collector() = default;
+Collector::~Collector() = default;
+
+void Collector::announce(MessageSink& sink) {
+  for (const auto& metric : m_metrics) {
+    metric->announce(sink);
+  }
+}
+
+void Collector::sample(std::uint64_t now, MessageSink& sink) {
+  read(now);
+  for (const auto& metric : m_metrics) {
+    metric->deliver(now, sink);
+  }
+}
+
+void Collector::summarise(MessageSink& sink, std::uint32_t& nextTableId) {
+  for (const auto& metric : m_metrics) {
+    metric->summarise(sink, nextTableId);
+  }
+}
+
+SampledMetric& Collector::addMetric(CollectorContext& context, MetricSpec spec) {
+  spec.metricId = context.nextMetricId++;
+  spec.featureName = info().name;
+  return *m_metrics.emplace_back(std::make_unique<SampledMetric>(context.model, spec));
+}
+
+std::vector<std::unique_ptr<Collector>> makeCollectors() {
+  std::vector<std::unique_ptr<Collector>> collectors;
+  collectors.push_back(std::make_unique<CpuTimeCollector>());
+  collectors.push_back(std::make_unique<CpuIdleCollector>());
+  return collectors;
+}
+
+}  // namespace qumetra
