@@ -416,9 +416,7 @@ TEST_F(AutoWriterTitles, FieldNameThatIsContainedIsNotRepeated) {
 TEST_F(AutoWriterTitles, FieldNameIsLookedForInTheUnitsToo) {
   TableMessage table;
   table.addFieldHandle(m_world.column("Time"));
-  const pwr::Attribute power(1, {.name = "power", .fieldName = "rmW", .header = {}}, nullptr,
-                             m_world.quantity(5, "mW"), pwr::AttributeType::Data);
-  table.addEntity(&power);
+  table.addEntity(m_world.attribute("power", m_world.quantity(5, "mW"), "rmW"));
   EXPECT_EQ(titles(table), std::deque<std::string>{"powermW"});
 }
 

@@ -1,7 +1,8 @@
 // Handles, entities and tables for the tests of what reads tables.
 #pragma once
 
-#include <initializer_list>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,24 +25,35 @@ inline Cell unwritten() { return {Cell::State::Unwritten, {}}; }
 class TableWorld {
  public:
   const pwr::DataHandle* column(const std::string& name) {
-    return &m_model.addColumnHandle({.name = name}, pwr::DataHandle::kOtherType);
+    return &m_model.addColumnHandle(spec(name, name), pwr::DataHandle::kOtherType);
   }
 
   /// The field name is empty unless given, and an empty text is part of every text.
   const pwr::EntityHandle* entity(const std::string& name, const std::string& fieldName = "") {
-    return &m_model.addEntity({.name = name, .fieldName = fieldName});
+    return &m_model.addEntity(spec(name, fieldName));
   }
 
-  const pwr::Attribute* attribute(const std::string& name, const pwr::Quantity* quantity) {
-    return &m_model.addAttribute({.name = name, .fieldName = ""}, pwr::AttributeType::Data,
-                                 quantity);
+  const pwr::Attribute* attribute(const std::string& name, const pwr::Quantity* quantity,
+                                  const std::string& fieldName = "") {
+    return &m_model.addAttribute(spec(name, fieldName), pwr::AttributeType::Data, quantity);
   }
 
   const pwr::Quantity* quantity(std::uint32_t code, const std::string& units) {
-    return &m_model.addQuantity({.code = code, .name = "quantity", .units = units});
+    QuantitySpec wanted;
+    wanted.code = code;
+    wanted.name = "quantity";
+    wanted.units = units;
+    return &m_model.addQuantity(wanted);
   }
 
  private:
+  static HandleSpec spec(const std::string& name, const std::string& fieldName) {
+    HandleSpec spec;
+    spec.name = name;
+    spec.fieldName = fieldName;
+    return spec;
+  }
+
   Model m_model;
 };
 
