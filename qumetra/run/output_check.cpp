@@ -1,7 +1,9 @@
 #include "qumetra/run/output_check.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +22,14 @@ std::string reason(const std::string& path, int error) {
 /// The access that the effective user has; 0, or the error number.
 int accessError(const std::string& path, int mode) {
   return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0 ? 0 : errno;
+}
+
+/// Whether the directory belongs to the kernel, where even the superuser, to whom access is never
+/// denied, can make no files.
+bool isKernelDirectory(const std::string& path) {
+  struct statfs status {};
+  return ::statfs(path.c_str(), &status) == 0 &&
+         (status.f_type == PROC_SUPER_MAGIC || status.f_type == SYSFS_MAGIC);
 }
 
 std::string checkExistingFile(const std::string& path, const struct stat& status) {
@@ -43,6 +53,9 @@ std::string checkDirectory(std::filesystem::path directory) {
   }
   if (!S_ISDIR(status.st_mode)) {
     return reason(directory.string(), ENOTDIR);
+  }
+  if (isKernelDirectory(directory.string())) {
+    return reason(directory.string(), EROFS);
   }
   const int error = accessError(directory.string(), W_OK | X_OK);
   return error != 0 ? reason(directory.string(), error) : std::string();

@@ -29,6 +29,7 @@ std::string loaderError() {
   return text != nullptr ? text : "unknown error";
 }
 
+/// The library stays open: what it made may be known elsewhere to the end of the process.
 void* openLibrary(const std::string& path) {
   void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
   if (handle == nullptr) {
@@ -46,8 +47,10 @@ Function resolve(void* handle, const std::string& path, const char* name) {
   return reinterpret_cast<Function>(symbol);
 }
 
-PluginListOwner makePlugins(const std::string& path, CreateFunction create,
-                            DestroyFunction destroy) {
+/// Lets the library at `handle` make its writers.
+PluginListOwner makePlugins(void* handle, const std::string& path) {
+  const auto create = resolve<CreateFunction>(handle, path, "createPlugins");
+  const auto destroy = resolve<DestroyFunction>(handle, path, "destroyPlugins");
   PluginList* list = nullptr;
   if (const auto thrown = thrownBy([&] { list = create(); })) {
     throw RunError(fmt::format("{} cannot make its writers: {}", path, *thrown));
@@ -100,12 +103,8 @@ bool LoadedWriter::continuous() const {
 }
 
 struct WriterLibrary::State {
-  explicit State(const std::string& path)
-      : handle(openLibrary(path)),
-        list(makePlugins(path, resolve<CreateFunction>(handle, path, "createPlugins"),
-                         resolve<DestroyFunction>(handle, path, "destroyPlugins"))) {}
+  explicit State(const std::string& path) : list(makePlugins(openLibrary(path), path)) {}
 
-  void* handle;
   PluginListOwner list;
   std::vector<LoadedWriter> writers;
 };

@@ -29,15 +29,17 @@ class NotingWriter : public WriterPlugin {
  public:
   explicit NotingWriter(const std::string& option, bool continuous = false)
       : WriterPlugin("guid-of-" + option), m_option(option) {
-    addCapability(new pwr::WriterPluginCapability({}, option, "Writes " + option, "." + option,
-                                                  continuous));
+    addCapability(
+        new pwr::WriterPluginCapability({}, option, "Writes " + option, "." + option, continuous));
   }
 
   void getVersion(VersionInfo& out) override { out.emplace_back("name", m_option); }
   void handleBroadcastOption(const std::string& option) override { note("option", option); }
   void notifyCommandlineParamsSet_i() override { note("commandLineRead"); }
-  bool reset(ResetReason reason, std::uint64_t value, const pwr::SystemMetadata& metadata) override {
-    note("reset", fmt::format("{},{},{}", static_cast<unsigned>(reason), value, metadata.m_hostName));
+  bool reset(ResetReason reason, std::uint64_t value,
+             const pwr::SystemMetadata& metadata) override {
+    note("reset",
+         fmt::format("{},{},{}", static_cast<unsigned>(reason), value, metadata.m_hostName));
     return true;
   }
   bool pmtDevReset(std::uint32_t value, std::uint64_t ticks, const pwr::SystemMetadata&) override {
@@ -112,7 +114,8 @@ class LoggingWriter : public NotingWriter {
   LoggingWriter() : NotingWriter("logs") {}
   int writeMessage(const pwr::TextMessage&) override {
     g_pluginEnvironment->errorLog.log(LogSink::kError, "ERROR: \xff\n");
-    g_pluginEnvironment->warningLog << 2 << "WARNING" << ": half";
+    g_pluginEnvironment->warningLog << 2 << "WARNING"
+                                    << ": half";
     g_pluginEnvironment->warningLog << " line\n";
     g_pluginEnvironment->quietLog << "quiet\n";
     return 1;
