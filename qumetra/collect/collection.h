@@ -52,12 +52,13 @@ struct CollectionOptions {
   /// stop is requested. With a command it is an upper limit of the measuring only: the command goes
   /// on, see `Collection::waitForCommand`.
   std::optional<std::chrono::nanoseconds> duration;
-  /// The time between samples. Shorter costs more of the measured machine's time. REQUIRES: above 0.
+  /// The time between samples. Shorter costs more of the measured machine's time. REQUIRES: above
+  /// 0.
   std::chrono::nanoseconds interval = std::chrono::milliseconds(100);
   /// The program, searched in PATH, and its arguments. Empty for none.
   std::vector<std::string> command;
-  /// The file that the collection is recorded to. Without `live` in `Collection::run` it must not be
-  /// empty.
+  /// The file that the collection is recorded to. Without `live` in `Collection::run` it must not
+  /// be empty.
   std::string recordPath;
   /// In a live collection, the time between two flushes; 0 for flushes on request only.
   std::chrono::nanoseconds flushPeriod{0};
@@ -95,10 +96,10 @@ struct SourceInfo {
 
 /// Measures this machine once. Ticks are nanoseconds of CLOCK_MONOTONIC, 1000 per microsecond.
 ///
-/// A collection is recorded while it measures, so that writers do not disturb it; the caller replays
-/// the recording afterwards. Its system record carries the true stop time and duration. A killed
-/// collection leaves a recording that can be replayed as far as it came. A live collection delivers
-/// to a sink instead, or as well.
+/// A collection is recorded while it measures, so that writers do not disturb it; the caller
+/// replays the recording afterwards. Its system record carries the true stop time and duration. A
+/// killed collection leaves a recording that can be replayed as far as it came. A live collection
+/// delivers to a sink instead, or as well.
 ///
 ///     Model model;
 ///     Collection collection(options, model, stop);
@@ -107,8 +108,8 @@ struct SourceInfo {
 ///     ...replay the recording into the writers, with a model of its own...
 ///     int status = collection.waitForCommand();
 ///
-/// Model and stop signal are borrowed: the model until `run` has returned, the signal as long as the
-/// collection. One thread.
+/// Model and stop signal are borrowed: the model until `run` has returned, the signal as long as
+/// the collection. One thread.
 class Collection {
  public:
   Collection(CollectionOptions options, Model& model, StopSignal& stop);
@@ -128,8 +129,8 @@ class Collection {
   /// `live` gets every message as it comes, and the flushes; null for a recording only.
   ///
   /// Throws `CommandError` before anything is made when the command cannot be run, and
-  /// `CollectionError` when the recording cannot be written; what `live` got by then stays. A failed
-  /// recording does not end the command. REQUIRES: `open` has returned; not called before.
+  /// `CollectionError` when the recording cannot be written; what `live` got by then stays. A
+  /// failed recording does not end the command. REQUIRES: `open` has returned; not called before.
   CollectionResult run(MessageSink* live = nullptr);
 
   /// Waits for a command that outlives the measuring and returns its status as `CollectionResult`

@@ -4,7 +4,6 @@
 
 #include "qumetra/collect/cpu_idle_collector.h"
 #include "qumetra/collect/cpu_time_collector.h"
-#include "qumetra/collect/summary_tables.h"
 
 namespace qumetra {
 
@@ -24,9 +23,9 @@ void Collector::sample(std::uint64_t now, MessageSink& sink) {
   }
 }
 
-void Collector::summarise(MessageSink& sink, std::uint32_t& nextTableId) {
+void Collector::summarise(SummaryContext& context) {
   for (const auto& metric : m_metrics) {
-    metric->summarise(sink, nextTableId);
+    deliverSummary(*metric, context);
   }
 }
 

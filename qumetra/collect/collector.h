@@ -11,14 +11,15 @@
 #include "qumetra/collect/collection.h"
 #include "qumetra/collect/machine_entities.h"
 #include "qumetra/collect/sampled_metric.h"
+#include "qumetra/collect/summary_tables.h"
 
 namespace qumetra {
 
 class MessageSink;
 class Model;
 
-/// This machine does not have what a collector reads. `what()` is one line: path, reason, what would
-/// help.
+/// This machine does not have what a collector reads. `what()` is one line: path, reason, what
+/// would help.
 class SourceMissing : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -30,6 +31,8 @@ struct CollectorContext {
   MachineEntities& entities;
   std::string procfs;
   std::string sysfs;
+  /// The time between samples.
+  std::uint64_t intervalTicks = 0;
   /// Takes a line, without its end, about what makes numbers doubtful or incomplete.
   std::function<void(const std::string& line)> notice;
   /// The id for the next metric. 0 is the system message's.
@@ -39,9 +42,9 @@ struct CollectorContext {
 /// Reads one source and delivers its metrics. To add a collector, derive from this class, make the
 /// metrics in `open`, and add a line to `makeCollectors`.
 ///
-/// A collector is opened, started and then sampled at growing times; whatever changes or vanishes in
-/// between, it delivers the rest and never throws. Reading must be cheap, since it is the measured
-/// machine that pays for it: files stay open, and nothing is allocated that can be kept.
+/// A collector is opened, started and then sampled at growing times; whatever changes or vanishes
+/// in between, it delivers the rest and never throws. Reading must be cheap, since it is the
+/// measured machine that pays for it: files stay open, and nothing is allocated that can be kept.
 class Collector {
  public:
   Collector();
@@ -61,8 +64,8 @@ class Collector {
   void announce(MessageSink& sink);
   /// Reads, and delivers one sample per metric. REQUIRES: started; `now` grows from call to call.
   void sample(std::uint64_t now, MessageSink& sink);
-  /// Delivers the summary tables of all that was sampled. `nextTableId` counts on.
-  virtual void summarise(MessageSink& sink, std::uint32_t& nextTableId);
+  /// Delivers the summary tables of all that was sampled.
+  virtual void summarise(SummaryContext& context);
 
   const std::vector<std::unique_ptr<SampledMetric>>& metrics() const { return m_metrics; }
 

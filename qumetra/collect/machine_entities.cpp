@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "host/handles.h"
+#include "qumetra/collect/named.h"
 #include "qumetra/collect/topology_scan.h"
 #include "qumetra/model/model.h"
 
@@ -17,7 +18,7 @@ const pwr::EntityHandle& findOrAdd(Model& model, Map& entities, const typename M
                                    std::string name, const pwr::EntityHandle* parent) {
   const pwr::EntityHandle*& entity = entities[key];
   if (entity == nullptr) {
-    entity = &model.addEntity({.name = std::move(name)}, parent);
+    entity = &model.addEntity(named(std::move(name)), parent);
   }
   return *entity;
 }
@@ -41,15 +42,14 @@ const pwr::EntityHandle& MachineEntities::cpu(std::uint32_t number) {
 
 const pwr::EntityHandle& MachineEntities::system() {
   if (m_system == nullptr) {
-    m_system = &m_model.addEntity({.name = "System"});
+    m_system = &m_model.addEntity(named("System"));
   }
   return *m_system;
 }
 
 const pwr::EntityHandle& MachineEntities::addCpu(const pwr::ThreadLocation& location) {
-  const pwr::EntityHandle& package =
-      findOrAdd(m_model, m_packages, location.package, fmt::format("Package {}", location.package),
-                nullptr);
+  const pwr::EntityHandle& package = findOrAdd(
+      m_model, m_packages, location.package, fmt::format("Package {}", location.package), nullptr);
   const pwr::EntityHandle& core =
       findOrAdd(m_model, m_cores, std::pair(location.package, location.core),
                 fmt::format("Core {}", location.core), &package);

@@ -12,8 +12,8 @@ namespace qumetra {
 
 /// The modes in which a CPU spends its time, in the order of the file. Later fields of the file are
 /// parts of these.
-inline constexpr std::array<std::string_view, 8> kCpuModes = {
-    "user", "nice", "system", "idle", "iowait", "irq", "softirq", "steal"};
+inline constexpr std::array<std::string_view, 8> kCpuModes = {"user",   "nice", "system",  "idle",
+                                                              "iowait", "irq",  "softirq", "steal"};
 
 /// The time that one CPU spent in each mode since the start of the machine, in clock ticks of the
 /// kernel's user interface (`sysconf(_SC_CLK_TCK)` per second).

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/handles.h"
+#include "qumetra/collect/named.h"
 #include "qumetra/model/message_sink.h"
 #include "qumetra/model/model.h"
 
@@ -13,7 +14,7 @@ namespace {
 pwr::Metric& describe(Model& model, const MetricSpec& spec) {
   pwr::Metric& metric = model.addMetric();
   const auto title = [&model](const std::string& name) {
-    return &model.addColumnHandle({.name = name}, pwr::DataHandle::kOtherType);
+    return &model.addColumnHandle(named(name), pwr::DataHandle::kOtherType);
   };
   metric.name = spec.name;
   metric.metricId = spec.metricId;

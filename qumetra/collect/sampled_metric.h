@@ -28,9 +28,9 @@ struct MetricSpec {
   std::string totalsName;
 };
 
-/// A metric whose values are unsigned numbers: counts, or ticks of a residency. A column is one state
-/// of one entity. Columns are added at any time; those known before `announce` are told to readers
-/// in advance.
+/// A metric whose values are unsigned numbers: counts, or ticks of a residency. A column is one
+/// state of one entity. Columns are added at any time; those known before `announce` are told to
+/// readers in advance.
 ///
 ///     const std::size_t column = metric.addColumn(cpu, idle);
 ///     metric.announce(sink);

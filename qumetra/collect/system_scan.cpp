@@ -64,7 +64,8 @@ float cpuinfoMHz(const std::string& procfs) {
 std::string osName(const std::string& path, const utsname& system) {
   const auto text = readText(path);
   std::string name = text ? valueOf(*text, "PRETTY_NAME", '=').value_or("") : "";
-  if (name.size() >= 2 && name.front() == name.back() && (name.front() == '"' || name.front() == '\'')) {
+  if (name.size() >= 2 && name.front() == name.back() &&
+      (name.front() == '"' || name.front() == '\'')) {
     name = name.substr(1, name.size() - 2);
   }
   return name.empty() ? system.sysname : name;
@@ -77,17 +78,6 @@ std::uint32_t buildNumber(std::string_view version) {
     std::from_chars(version.data() + 1, version.data() + version.size(), number);
   }
   return number;
-}
-
-/// In UTC, so that it does not depend on where the tool runs.
-std::string startTimeText() {
-  const time_t now = ::time(nullptr);
-  tm parts{};
-  ::gmtime_r(&now, &parts);
-  std::array<char, 64> text{};
-  const std::size_t length =
-      ::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &parts);
-  return {text.data(), length};
 }
 
 CpuSignature signatureOf(const CpuIdentity& cpu, const std::string& procfs) {
@@ -142,15 +132,13 @@ void describeClock(pwr::SystemMetadata& metadata) {
   metadata.m_timerResolution = clockResolutionTicks();
   // Below 1000 asks readers for milliseconds with three decimals.
   metadata.m_timeDisplayResolution = 1;
-  metadata.m_collectionStartTime = startTimeText();
 }
 
 }  // namespace
 
 float cpuFrequencyMHz(const std::string& procfs, const std::string& sysfs) {
-  for (const float frequency :
-       {cpufreqMHz(sysfs, "base_frequency"), cpufreqMHz(sysfs, "cpuinfo_max_freq"),
-        cpuinfoMHz(procfs)}) {
+  for (const float frequency : {cpufreqMHz(sysfs, "base_frequency"),
+                                cpufreqMHz(sysfs, "cpuinfo_max_freq"), cpuinfoMHz(procfs)}) {
     if (frequency > 0) {
       return frequency;
     }
@@ -167,6 +155,15 @@ std::string toolVersionText() {
   return fmt::format("{}.{}.{}", version.major, version.minor, version.third);
 }
 
+std::string utcNowText() {
+  const time_t now = ::time(nullptr);
+  tm parts{};
+  ::gmtime_r(&now, &parts);
+  std::array<char, 64> text{};
+  const std::size_t length = ::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S UTC", &parts);
+  return {text.data(), length};
+}
+
 pwr::SystemMetadata& scanSystem(Model& model, const SystemScanOptions& options,
                                 const CpuIdentity& cpu,
                                 const std::vector<pwr::ThreadLocation>& topology) {
@@ -176,8 +173,7 @@ pwr::SystemMetadata& scanSystem(Model& model, const SystemScanOptions& options,
   metadata.m_cpuNativeModelName = processor.m_description;
   metadata.m_cpuCodeName = fmt::format("family {} model {} stepping {}", processor.m_family,
                                        processor.m_model, processor.m_stepping);
-  metadata.m_platformName =
-      readText(options.sysfs + "/class/dmi/id/product_name").value_or("");
+  metadata.m_platformName = readText(options.sysfs + "/class/dmi/id/product_name").value_or("");
   if (metadata.m_platformName.empty()) {
     metadata.m_platformName = processor.m_description;
   }

@@ -32,8 +32,11 @@ pwr::VersionRecord toolVersion();
 /// "major.minor.patch".
 std::string toolVersionText();
 
+/// The date and time of day in UTC, so that it does not depend on where the tool runs.
+std::string utcNowText();
+
 /// Describes the machine in a metadata object of the model. Platform entry 1, the processor, is
-/// always there. The two timestamps are left to the collection, whose time of start is now.
+/// always there. Times are left to the collection.
 pwr::SystemMetadata& scanSystem(Model& model, const SystemScanOptions& options,
                                 const CpuIdentity& cpu,
                                 const std::vector<pwr::ThreadLocation>& topology);

@@ -90,8 +90,7 @@ pwr::ThreadLocation locateCpu(const std::string& sysfs, std::uint32_t cpu) {
   return {.package = package, .module = std::nullopt, .core = core, .id = cpu};
 }
 
-std::vector<pwr::ThreadLocation> scanTopology(const std::string& procfs,
-                                              const std::string& sysfs) {
+std::vector<pwr::ThreadLocation> scanTopology(const std::string& procfs, const std::string& sysfs) {
   std::vector<pwr::ThreadLocation> locations;
   for (const std::uint32_t cpu : onlineCpus(procfs, sysfs)) {
     locations.push_back(locateCpu(sysfs, cpu));
