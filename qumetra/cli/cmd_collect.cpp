@@ -47,14 +47,30 @@ std::chrono::nanoseconds fromSeconds(double seconds) {
   return std::chrono::nanoseconds(std::llround(seconds * 1e9));
 }
 
+/// Sees how far a collection is.
+struct Watcher {
+  Progress progress;
+  bool hasSamples = false;
+
+  void see(const CollectionProgress& state) {
+    hasSamples = state.samples > 0;
+    if (progress.due()) {
+      progress.show(fmt::format("collecting: {:.1f} s, {} samples",
+                                std::chrono::duration<double>(state.elapsed).count(),
+                                state.samples));
+    }
+  }
+};
+
 CollectionOptions collectionOptions(const CollectOptions& options, const CommonOptions& common,
-                                    Session& session, Progress& progress) {
+                                    Session& session, Watcher& watcher) {
   CollectionOptions result;
   if (options.seconds) {
     result.duration = fromSeconds(*options.seconds);
   }
   result.interval = fromSeconds(options.intervalMilliseconds / 1e3);
   result.command = options.command;
+  result.commandEnvironment = {{"TMPDIR", session.tempArea().formerTmpdir()}};
   result.recordPath = options.record;
   if (result.recordPath.empty() && !options.isLive()) {
     result.recordPath = (session.tempArea().path() / "recording.qmrec").string();
@@ -64,19 +80,13 @@ CollectionOptions collectionOptions(const CollectOptions& options, const CommonO
   result.procfs = options.procfs;
   result.sysfs = options.sysfs;
   result.commandLine = common.commandLine;
-  result.notice = [&progress, quiet = common.verbosity == 0](const std::string& line) {
-    if (!quiet) {
-      progress.clear();
+  result.notice = [&watcher, isQuiet = common.verbosity == 0](const std::string& line) {
+    if (!isQuiet) {
+      watcher.progress.clear();
       printError(line);
     }
   };
-  result.progress = [&progress](const CollectionProgress& state) {
-    if (progress.due()) {
-      progress.show(fmt::format("collecting: {:.1f} s, {} samples",
-                                std::chrono::duration<double>(state.elapsed).count(),
-                                state.samples));
-    }
-  };
+  result.progress = [&watcher](const CollectionProgress& state) { watcher.see(state); };
   return result;
 }
 
@@ -89,20 +99,35 @@ std::string lastWords(const std::string& recordPath, const Session& session) {
   return fmt::format("qumetra: left early; make results with: qumetra replay {}", recordPath);
 }
 
-/// Measures, and lets the writers live on the recording afterwards or on the messages as they come.
-/// Returns the status that the writers and the recording end with.
-int collectAndDeliver(Collection& collection, const std::string& recordPath, bool live, Run& run,
-                      Session& session, Progress& progress, const CommonOptions& common) {
-  if (live) {
-    run.start();
-    collection.run(&run);
-    progress.clear();
-    return run.finish();
+/// Delivers live. The first message starts the writers, so that a command that cannot be run leaves
+/// no trace.
+int collectLive(Collection& collection, Run& run, Watcher& watcher) {
+  collection.run(&run);
+  watcher.progress.clear();
+  run.start();
+  return run.finish();
+}
+
+/// Records first and delivers then. A recording that broke off, say for want of room, is delivered
+/// as far as it came.
+int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
+                     Session& session, Watcher& watcher, const CommonOptions& common) {
+  int status = kDone;
+  try {
+    collection.run();
+  } catch (const CommandError&) {
+    throw;
+  } catch (const CollectionError& error) {
+    if (!watcher.hasSamples) {
+      throw;
+    }
+    watcher.progress.clear();
+    printError(error.what());
+    status = kWrongInput;
   }
-  collection.run();
-  progress.clear();
+  watcher.progress.clear();
   RecordingReader reader(recordPath, session.freshModel(), run);
-  return deliverRecording(reader, run, session.stop(), OnStop::GoOn, common);
+  return std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
 }
 
 int collect(const CollectOptions& options, const CommonOptions& common) {
@@ -114,14 +139,15 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
   if (!options.record.empty()) {
     requireWritable({options.record});
   }
-  Progress progress(common.verbosity > 0, std::chrono::milliseconds(0));
-  CollectionOptions settings = collectionOptions(options, common, session, progress);
+  Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
+  CollectionOptions settings = collectionOptions(options, common, session, watcher);
   const std::string recordPath = settings.recordPath;
   session.signals().setLastWords(lastWords(recordPath, session));
   Collection collection(std::move(settings), session.freshModel(), session.stop());
   collection.open();
-  const int status =
-      collectAndDeliver(collection, recordPath, options.isLive(), run, session, progress, common);
+  const int status = options.isLive()
+                         ? collectLive(collection, run, watcher)
+                         : collectAndReplay(collection, recordPath, run, session, watcher, common);
   printSummary(run, session.environment(), common);
   const int commandStatus = collection.waitForCommand();
   return commandStatus != 0 ? commandStatus : status;

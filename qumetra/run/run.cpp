@@ -50,6 +50,7 @@ struct Run::State {
   State(WriterLibrary& library, RunOptions runOptions, CallLog* log)
       : options(std::move(runOptions)), writers(choose(library, options.writers)), callLog(log) {}
 
+  void start();
   /// Makes one call of one writer and returns its status.
   template <typename Call>
   int callOne(Driven& driven, const char* name, Call&& call);
@@ -89,8 +90,24 @@ int Run::State::callOne(Driven& driven, const char* name, Call&& call) {
   return result;
 }
 
+void Run::State::start() {
+  if (std::exchange(started, true)) {
+    return;
+  }
+  for (Driven& driven : writers) {
+    const int result = callOne(driven, "init", [&](WriterPlugin& writer) {
+      return writer.init(options.base, options.continuous);
+    });
+    driven.initFailed = result != 0;
+    if (driven.initFailed) {
+      fail(driven, "init");
+    }
+  }
+}
+
 template <typename Call>
 void Run::State::deliver(const char* name, Call&& call) {
+  start();
   for (Driven& driven : writers) {
     if (!driven.initFailed) {
       callOne(driven, name, call);
@@ -125,6 +142,7 @@ void Run::State::resetOne(Driven& driven, const char* name, Call&& call) {
 }
 
 void Run::State::beginCollection(const pwr::SystemMetadata& metadata) {
+  start();
   if (std::exchange(collectionBegun, true)) {
     return;
   }
@@ -144,16 +162,7 @@ Run::Run(WriterLibrary& library, RunOptions options, CallLog* callLog)
 Run::~Run() { finish(); }
 
 int Run::start() {
-  m_state->started = true;
-  for (Driven& driven : m_state->writers) {
-    const int result = m_state->callOne(driven, "init", [&](WriterPlugin& writer) {
-      return writer.init(m_state->options.base, m_state->options.continuous);
-    });
-    driven.initFailed = result != 0;
-    if (driven.initFailed) {
-      m_state->fail(driven, "init");
-    }
-  }
+  m_state->start();
   return m_state->status;
 }
 
@@ -197,6 +206,7 @@ void Run::flush(const pwr::SystemMetadata& metadata) {
 
 void Run::telemetryDeviceReset(std::uint32_t device, std::uint64_t ticks,
                                const pwr::SystemMetadata& metadata) {
+  m_state->start();
   for (Driven& driven : m_state->writers) {
     if (!driven.initFailed) {
       m_state->resetOne(driven, "pmtDevReset", [&](WriterPlugin& writer) {

@@ -47,7 +47,8 @@ class Run : public MessageSink {
   /// Finishes a run that was started and not finished.
   ~Run() override;
 
-  /// Calls `init` of every writer. Returns 0, or 1 when one of them failed.
+  /// Calls `init` of every writer. Returns 0, or 1 when one of them failed. Calling it twice is
+  /// harmless. The first message starts the run when this has not.
   int start();
   void system(const pwr::SystemMessage& message) override;
   void text(const pwr::TextMessage& message) override;
@@ -60,8 +61,8 @@ class Run : public MessageSink {
   /// A collector saw that a telemetry device was reset at `ticks`; the writers are told at once.
   void telemetryDeviceReset(std::uint32_t device, std::uint64_t ticks,
                             const pwr::SystemMetadata& metadata);
-  /// Calls `fini` of every writer. Returns 0, or 1 when an `init` or `fini` failed. Calling it
-  /// twice is harmless.
+  /// Calls `fini` of every writer of a run that was started. Returns 0, or 1 when an `init` or
+  /// `fini` failed. Calling it twice is harmless.
   int finish();
 
   /// The writers of the run by option name, in their order.

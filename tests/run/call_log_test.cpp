@@ -123,8 +123,9 @@ TEST_F(CallLogTest, FailureToWriteSticks) {
 TEST_F(CallLogTest, WhatACallLogsStandsBeforeTheCallItself) {
   WriterLibrary library(QM_FAKE_WRITERS);
   CallLog log(m_path);
-  log.start(m_environment);
   WriterRun run(library, {.writers = {"logs"}, .base = "x"}, &log);
+  run.start();
+  log.start(m_environment);
   run.text(pwr::TextMessage());
   log.close();
   EXPECT_EQ(R"({"log":{"sink":"error","level":1,"text":"ERROR: \udcff\n"}})"
@@ -164,8 +165,9 @@ TEST_F(CallLogTest, NamesEveryCallThatAWriterGetsInOrder) {
 TEST_F(CallLogTest, FlushHasItsResultAsStatus) {
   WriterLibrary library(QM_FAKE_WRITERS);
   CallLog log(m_path);
-  log.start(m_environment);
   WriterRun run(library, {.writers = {"first"}, .base = "x", .continuous = true}, &log);
+  run.start();
+  log.start(m_environment);
   run.flush(pwr::SystemMetadata());
   EXPECT_EQ(R"({"writer":"first","call":"flush","status":1})"
             "\n",
@@ -175,8 +177,9 @@ TEST_F(CallLogTest, FlushHasItsResultAsStatus) {
 TEST_F(CallLogTest, CallThatThrewHasStatusOne) {
   WriterLibrary library(QM_FAKE_WRITERS);
   CallLog log(m_path);
-  log.start(m_environment);
   WriterRun run(library, {.writers = {"throws"}, .base = "x"}, &log);
+  run.start();
+  log.start(m_environment);
   run.sample(pwr::Metric());
   EXPECT_EQ(R"({"writer":"throws","call":"sample","status":1})"
             "\n",

@@ -78,6 +78,19 @@ TEST_F(RunTest, InitGetsBaseAndContinuousModeInOrder) {
   EXPECT_THAT(fakeCalls(), ElementsAre("first.init(out/x,true)", "last.init(out/x,true)"));
 }
 
+TEST_F(RunTest, StartTwiceStartsTheWritersOnce) {
+  WriterRun& run = make({"first"});
+  run.start();
+  run.start();
+  EXPECT_THAT(fakeCalls(), ElementsAre("first.init(out/x,false)"));
+}
+
+TEST_F(RunTest, FirstMessageStartsARunThatWasNotStarted) {
+  make({"first"}).system(systemMessage());
+  EXPECT_THAT(fakeCalls(),
+              ElementsAre("first.init(out/x,false)", "first.reset(0,42,host)", "first.system"));
+}
+
 TEST_F(RunTest, EveryWriterGetsAMessageBeforeTheNextMessage) {
   WriterRun& run = started({"first", "last"});
   run.sample(pwr::Metric());
