@@ -268,7 +268,7 @@ void Collection::State::startCommand(std::uint64_t now) {
   if (options.command.empty()) {
     return;
   }
-  command.emplace(options.command);
+  command.emplace(options.command, options.commandEnvironment);
   process =
       &model.addProcess(named(options.command.front()), static_cast<std::uint32_t>(command->pid()),
                         static_cast<std::uint32_t>(::getpid()), options.command.front(),
