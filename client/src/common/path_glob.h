@@ -1,0 +1,26 @@
+// The expansion of path patterns.
+#pragma once
+
+#include <deque>
+#include <string>
+
+namespace pwr {
+
+/// Appends what a shell's `ls` lists for `pattern`, without a shell: nothing in a pattern is ever
+/// run.
+///
+/// A pattern without any of the characters `*[]^` is one result, itself without its double quotes.
+/// Otherwise blanks cut it into words and each word is expanded on its own. `*`, `?` and `[...]`
+/// match as in a shell, `[^...]` as `[!...]`; a backslash makes the next character literal; double
+/// quotes are removed, and what they enclose is literal, blanks included. All else stands for
+/// itself: `$`, backticks, `;`, `|`, `'`, `{`, `~`, a leading `-`. A word that matches nothing adds
+/// nothing.
+///
+/// Results come as ls prints them, in byte order whatever the locale, trimmed: first the files. Of
+/// a directory the names of its visible entries are listed, not the directory; beside other words
+/// or matches with an empty line (unless it is the first line) and a line "<directory>:" above.
+///
+/// Returns true, or false when memory did not suffice; `results` then has what was there before.
+bool doGlob(const std::string& pattern, std::deque<std::string>& results);
+
+}  // namespace pwr
