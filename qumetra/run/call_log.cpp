@@ -1,14 +1,11 @@
 #include "qumetra/run/call_log.h"
 
 #include <cerrno>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
-#include <fmt/format.h>
-
 #include "qumetra/model/environment.h"
-#include "qumetra/run/json_text.h"
+#include "qumetra/recording/json_text.h"
 
 namespace qumetra {
 namespace {
@@ -42,22 +39,33 @@ void CallLog::start(Environment& environment) {
 }
 
 void CallLog::call(std::string_view writer, std::string_view call, int status) {
-  std::string line = R"({"writer":)";
-  appendJsonText(line, writer);
-  line += R"(,"call":)";
-  appendJsonText(line, call);
-  fmt::format_to(std::back_inserter(line), R"(,"status":{}}})", status);
+  std::string line;
+  JsonText json(line);
+  json.beginObject();
+  json.name("writer");
+  json.text(writer);
+  json.name("call");
+  json.text(call);
+  json.name("status");
+  json.integer(status);
+  json.endObject();
   writeLine(line);
 }
 
 void CallLog::log(const LogEvent& event) {
-  std::string line = R"({"log":{"sink":)";
-  appendJsonText(line, nameOf(event.sink));
-  line += R"(,"level":)";
-  line += event.level ? fmt::to_string(*event.level) : "null";
-  line += R"(,"text":)";
-  appendJsonText(line, event.text);
-  line += "}}";
+  std::string line;
+  JsonText json(line);
+  json.beginObject();
+  json.name("log");
+  json.beginObject();
+  json.name("sink");
+  json.text(nameOf(event.sink));
+  json.name("level");
+  event.level ? json.integer(*event.level) : json.null();
+  json.name("text");
+  json.text(event.text);
+  json.endObject();
+  json.endObject();
   writeLine(line);
 }
 
