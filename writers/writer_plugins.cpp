@@ -6,6 +6,7 @@
 
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
+#include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/plugin_list.h"
 #include "writers/textwriter_plugin/raw_writer.h"
 
@@ -94,6 +95,7 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
+    &makePlugin<KeltoWriter>,
     &makePlugin<RawWriterV2>,
     &makePlugin<AutoWriter>,
 };

@@ -1,7 +1,6 @@
 #include "client/src/common/pw_log.h"
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -24,21 +23,6 @@ class ErrnoKeeper {
   int m_kept = errno;
 };
 
-__attribute__((format(printf, 1, 0))) std::string formatText(const char* format,
-                                                             std::va_list arguments) {
-  std::va_list again;
-  va_copy(again, arguments);
-  std::string text;
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  if (length > 0) {
-    // The terminator's place is the string's own.
-    text.resize(static_cast<std::size_t>(length));
-    std::vsnprintf(text.data(), text.size() + 1, format, again);
-  }
-  va_end(again);
-  return text;
-}
-
 bool shows(std::uint32_t level) {
   return g_pluginEnvironment != nullptr && g_pluginEnvironment->verbosity >= level;
 }
@@ -54,6 +38,46 @@ std::ostream& quietStream() {
 }
 
 }  // namespace
+
+std::string formatText(const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  std::string text;
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  if (length > 0) {
+    // The terminator's place is the string's own.
+    text.resize(static_cast<std::size_t>(length));
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
+  }
+  va_end(again);
+  return text;
+}
+
+bool plainWarningsShow() { return shows(PluginEnvironment::kWarnings); }
+
+void logNote(const char* format, ...) {
+  if (!shows(PluginEnvironment::kQuiet)) {
+    return;
+  }
+  const ErrnoKeeper keeper;
+  std::va_list arguments;
+  va_start(arguments, format);
+  const std::string text = formatText(format, arguments);
+  va_end(arguments);
+  g_pluginEnvironment->warningLog.log(LogSink::kNote, text.c_str());
+}
+
+void logFatal(const char* format, ...) {
+  if (!shows(PluginEnvironment::kQuiet)) {
+    return;
+  }
+  const ErrnoKeeper keeper;
+  std::va_list arguments;
+  va_start(arguments, format);
+  const std::string text = formatText(format, arguments);
+  va_end(arguments);
+  g_pluginEnvironment->errorLog.log(LogSink::kNote, text.c_str());
+}
 
 void logError(const char* format, ...) {
   if (!shows(PluginEnvironment::kErrors)) {
