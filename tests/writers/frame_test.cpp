@@ -33,6 +33,12 @@ struct ExpectedWriter {
 /// The writers in the order of their creation.
 const std::vector<ExpectedWriter>& expectedWriters() {
   static const std::vector<ExpectedWriter> writers = {
+      {"f245366a-c403-478b-aae5-649269da17c7",
+       "kelto",
+       ".pwr",
+       {3, 4, 5, 6, 7, 8, 9},
+       0,
+       "Write data trace file (.pwr) in import format for visualization with Corvane Kelto Viewer"},
       {"2e820d9e-2f9e-4cdb-a81d-056273a7a391",
        "raw",
        ".txt",

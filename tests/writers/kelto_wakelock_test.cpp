@@ -37,8 +37,8 @@ class KeltoWakelock : public KeltoTest {
 };
 
 TEST_F(KeltoWakelock, KernelRecord) {
-  EXPECT_EQ(m_writer.writeKernelWakelockSampleNonGeneric(0x0102030405060708, "ab", 0x11121314,
-                                                         0x21222324, 0x3132333435363738, 2, kMetric),
+  EXPECT_EQ(m_writer.writeKernelWakelockSampleNonGeneric(
+                0x0102030405060708, "ab", 0x11121314, 0x21222324, 0x3132333435363738, 2, kMetric),
             0);
   EXPECT_EQ(hex(stream(kMetric)),
             "18 00 40 02 "
@@ -146,9 +146,8 @@ TEST_F(KeltoWakelock, DurationAboveTheTimeWrapsAroundAndPassesTheProcess) {
 
 // Attributes.
 
-class KeltoWakelockMask
-    : public KeltoWakelock,
-      public ::testing::WithParamInterface<std::array<std::uint64_t, 4>> {};
+class KeltoWakelockMask : public KeltoWakelock,
+                          public ::testing::WithParamInterface<std::array<std::uint64_t, 4>> {};
 
 TEST_P(KeltoWakelockMask, SetsActionsAndTimeout) {
   const auto [mask, lockAction, unlockAction, timeout] = GetParam();
@@ -235,9 +234,8 @@ TEST_F(KeltoWakelock, SampleBeforeTheSystemMessageIsRefused) {
 TEST_F(KeltoWakelock, InfoWithoutAHandleIsRefused) {
   add(pwr::AttributeType::Info, nullptr);
   EXPECT_EQ(hold(3000, 500), 1);
-  EXPECT_THAT(
-      warnings(),
-      ElementsAre("Failed to get wakelock data handle for info attribute. TSC: 3000\n"));
+  EXPECT_THAT(warnings(),
+              ElementsAre("Failed to get wakelock data handle for info attribute. TSC: 3000\n"));
 }
 
 TEST_F(KeltoWakelock, InfoThatIsNoPairIsRefused) {
@@ -326,8 +324,7 @@ TEST_F(KeltoWakelock, UnlockIsNotTriedAfterAFailedLock) {
   EXPECT_EQ(deliver(3000, {element(longName, nullptr, pwr::Data(), 500)}), 1);
   EXPECT_THAT(warnings(),
               ElementsAre("Kernel wakelock name too long, TSC: 2500\n",
-                          "Failed to write lock state for wakelock '" + longKey +
-                              "' TSC: 3000\n"));
+                          "Failed to write lock state for wakelock '" + longKey + "' TSC: 3000\n"));
 }
 
 TEST_F(KeltoWakelock, FailedUserLockIsTold) {
