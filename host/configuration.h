@@ -29,6 +29,7 @@ class WriterInterfaceConfigFileParser {
 
   /// Host side: replaces the whole order.
   void setOrder(MetricOrder order);
+  const MetricOrder& order() const { return m_order; }
 
  private:
   WriterInterfaceConfigFileParser();
@@ -42,7 +43,7 @@ struct AggrTelemCounterInfo {
   std::uint16_t endpointId = 0;
   std::uint64_t sampleId = 0;
   /// The counter's field within the sample; may be empty.
-  std::string bitRange;
+  std::string bitRange = {};
 };
 
 /// The process-wide configuration of telemetry counters. Not synchronised.

@@ -31,7 +31,7 @@ ROOMS = {
 }
 
 # The units of writers/ that every writer may include, and the few that may include one another.
-FRAME_UNITS = {"writer_plugins"}
+FRAME_UNITS = {"writer_plugins", "table_cells"}
 WRITER_PAIRS = {
     # The PHM form derives from the trace writer.
     ("phmwriter_text_plugin", "textwriter_plugin"),
