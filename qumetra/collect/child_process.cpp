@@ -92,6 +92,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) {
   // Everything that allocates happens before the fork.
   std::vector<std::string> texts = command;
   std::vector<char*> arguments;
+  arguments.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     arguments.push_back(text.data());
   }
