@@ -55,12 +55,40 @@ class ClosingPipe {
   std::array<int, 2> m_ends{-1, -1};
 };
 
+/// The texts as the system takes them: pointers, and a null behind them.
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) {
+    pointers.push_back(text.data());
+  }
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+/// The environment of this process, with the changes.
+std::vector<std::string> changedEnvironment(const EnvironmentChanges& changes) {
+  std::vector<std::string> variables;
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    const std::string text = *variable;
+    if (!changes.contains(text.substr(0, text.find('=')))) {
+      variables.push_back(text);
+    }
+  }
+  for (const auto& [name, value] : changes) {
+    if (value) {
+      variables.push_back(name + '=' + *value);
+    }
+  }
+  return variables;
+}
+
 /// The child's part after the fork: only calls that are safe there. Tells the pipe why it failed.
-[[noreturn]] void execute(char* const* arguments, int failurePipe) {
+[[noreturn]] void execute(char* const* arguments, char* const* environment, int failurePipe) {
   sigset_t none;
   ::sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
-  ::execvp(arguments[0], arguments);
+  ::execvpe(arguments[0], arguments, environment);
   const int error = errno;
   [[maybe_unused]] const auto ignored = ::write(failurePipe, &error, sizeof error);
   ::_exit(error == ENOENT ? CommandError::kNotFound : CommandError::kCannotRun);
@@ -88,15 +116,13 @@ int openPidDescriptor(pid_t pid) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& command) {
+ChildProcess::ChildProcess(const std::vector<std::string>& command,
+                           const EnvironmentChanges& changes) {
   // Everything that allocates happens before the fork.
-  std::vector<std::string> texts = command;
-  std::vector<char*> arguments;
-  arguments.reserve(texts.size() + 1);
-  for (std::string& text : texts) {
-    arguments.push_back(text.data());
-  }
-  arguments.push_back(nullptr);
+  std::vector<std::string> words = command;
+  const std::vector<char*> arguments = pointersTo(words);
+  std::vector<std::string> variables = changedEnvironment(changes);
+  const std::vector<char*> environment = pointersTo(variables);
 
   ClosingPipe failure;
   m_pid = ::fork();
@@ -105,7 +131,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) {
                        CommandError::kCannotRun);
   }
   if (m_pid == 0) {
-    execute(arguments.data(), failure.writeEnd());
+    execute(arguments.data(), environment.data(), failure.writeEnd());
   }
   failure.closeWriteEnd();
   if (const int error = failure.readNumber(); error != 0) {

@@ -3,11 +3,16 @@
 
 #include <sys/types.h>
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace qumetra {
+
+/// Variables by name that a command gets other than this process has them; those without a value
+/// are left out.
+using EnvironmentChanges = std::map<std::string, std::optional<std::string>>;
 
 /// A started command. Destroying it leaves the command alone. One thread.
 class ChildProcess {
@@ -15,7 +20,8 @@ class ChildProcess {
   /// Starts `command`, its program searched in PATH, with the signal mask empty and the standard
   /// streams of this process. Returns when the program has replaced the child, and throws
   /// `CommandError` when it could not. REQUIRES: `command` is not empty.
-  explicit ChildProcess(const std::vector<std::string>& command);
+  explicit ChildProcess(const std::vector<std::string>& command,
+                        const EnvironmentChanges& changes = {});
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
   ~ChildProcess();

@@ -251,7 +251,7 @@ void Collection::State::start() {
   }
   // After the first reading, so that the whole of the command is measured.
   if (!options.command.empty()) {
-    command.emplace(options.command);
+    command.emplace(options.command, options.commandEnvironment);
   }
   setMetricOrder(collectors);
 }

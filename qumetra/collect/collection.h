@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -57,6 +58,9 @@ struct CollectionOptions {
   std::chrono::nanoseconds interval = std::chrono::milliseconds(100);
   /// The program, searched in PATH, and its arguments. Empty for none.
   std::vector<std::string> command;
+  /// Variables that the command gets other than this process has them; those without a value are
+  /// left out.
+  std::map<std::string, std::optional<std::string>> commandEnvironment;
   /// The file that the collection is recorded to. Without `live` in `Collection::run` it must not
   /// be empty.
   std::string recordPath;

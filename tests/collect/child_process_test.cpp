@@ -1,7 +1,7 @@
 #include "qumetra/collect/child_process.h"
 
 #include <signal.h>
-#include <sys/stat.h>
+#include <stdlib.h>
 
 #include <gtest/gtest.h>
 
@@ -51,6 +51,17 @@ TEST(ChildProcess, ASignalGives128AndItsNumber) {
 TEST(ChildProcess, ArgumentsArriveAsTheyAre) {
   EXPECT_EQ(0, statusOf({"sh", "-c", "test \"$1\" = 'a  b' && test -z \"$2\" && test $# = 2", "sh",
                          "a  b", ""}));
+}
+
+TEST(ChildProcess, VariablesAreSetAndLeftOutAsTold) {
+  ASSERT_EQ(0, ::setenv("QM_TEST_KEPT", "kept", 1));
+  ASSERT_EQ(0, ::setenv("QM_TEST_GONE", "gone", 1));
+  ASSERT_EQ(0, ::setenv("QM_TEST_NEW", "old", 1));
+  ChildProcess child({"sh", "-c",
+                      "test \"$QM_TEST_KEPT\" = kept && test -z \"${QM_TEST_GONE+x}\" && "
+                      "test \"$QM_TEST_NEW\" = new"},
+                     {{"QM_TEST_GONE", std::nullopt}, {"QM_TEST_NEW", "new"}});
+  EXPECT_EQ(0, waitForEnd(child));
 }
 
 TEST(ChildProcess, AMissingCommandIs127) {
