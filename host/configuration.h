@@ -42,7 +42,7 @@ struct AggrTelemCounterInfo {
   std::uint16_t endpointId = 0;
   std::uint64_t sampleId = 0;
   /// The counter's field within the sample; may be empty.
-  std::string bitRange;
+  std::string bitRange = {};
 };
 
 /// The process-wide configuration of telemetry counters. Not synchronised.

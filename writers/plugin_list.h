@@ -1,4 +1,5 @@
-// How the list of plug-ins is made, apart from which plug-ins stand in it.
+// How the list of plug-ins is made, apart from which plug-ins stand in it. Inside of the library
+// only: hosts get their list from `createPlugins`.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +13,7 @@ using PluginMaker = std::unique_ptr<Plugin> (*)();
 
 /// Makes a plug-in by plain construction.
 template <typename Writer>
-std::unique_ptr<Plugin> makePlugin() {
+__attribute__((visibility("hidden"))) std::unique_ptr<Plugin> makePlugin() {
   return std::make_unique<Writer>();
 }
 

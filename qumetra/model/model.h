@@ -26,22 +26,22 @@ class IdError : public std::invalid_argument {
 
 /// The texts and the id that a named object is made from.
 struct HandleSpec {
-  std::string name;
+  std::string name = {};
   /// Default: the name.
-  std::optional<std::string> fieldName;
-  std::string header;
+  std::optional<std::string> fieldName = std::nullopt;
+  std::string header = {};
   /// Default: the next number from `Model::kFirstDefaultId` up.
-  std::optional<std::uint64_t> id;
+  std::optional<std::uint64_t> id = std::nullopt;
 };
 
 /// What a quantity is made from.
 struct QuantitySpec {
   std::uint32_t code = 0;
-  std::string name;
-  std::string units;
+  std::string name = {};
+  std::string units = {};
   /// Default: the name, and behind it the units in brackets when there are any.
-  std::optional<std::string> title;
-  std::optional<std::uint64_t> id;
+  std::optional<std::string> title = std::nullopt;
+  std::optional<std::uint64_t> id = std::nullopt;
 };
 
 /// Owns every object of one run until it is destroyed. What an `add` operation returns stays where
