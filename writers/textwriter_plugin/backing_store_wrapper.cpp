@@ -15,6 +15,22 @@ namespace {
 constexpr std::string_view kRowEnd = "\n";
 constexpr std::size_t kMostTextBytes = std::numeric_limits<std::int32_t>::max();
 
+std::uint32_t recordedLength(std::string_view text) {
+  return static_cast<std::uint32_t>(std::min(text.size(), kMostTextBytes));
+}
+
+std::size_t recordSize(std::string_view text) {
+  return sizeof(std::uint32_t) + recordedLength(text);
+}
+
+/// Returns where the record ends.
+char* putRecord(char* out, std::string_view text) {
+  const std::uint32_t length = recordedLength(text);
+  std::memcpy(out, &length, sizeof length);
+  std::memcpy(out + sizeof length, text.data(), length);
+  return out + sizeof length + length;
+}
+
 /// What a "%s" shows of `text`: all in front of its first zero byte.
 std::string_view shown(std::string_view text) { return text.substr(0, text.find('\0')); }
 
@@ -143,25 +159,26 @@ int BackingStoreWrapper::pushLine(const std::string& /*text*/) { return 0; }
 
 void BackingStoreWrapper::rowComplete() {
   // A row that the store took in part goes first: without its rest no later record could be read.
-  const bool takesRows = m_rowRecords.empty() || storeRow();
-  for (Cell& cell : m_row) {
-    if (takesRows) {
-      appendRecord(cell.isSet ? cell.text : m_missing);
-    }
-    cell.isSet = false;
-  }
-  if (takesRows) {
-    appendRecord(kRowEnd);
+  if (m_rowRecords.empty() || storeRow()) {
+    makeRecords();
     storeRow();
+  }
+  for (Cell& cell : m_row) {
+    cell.isSet = false;
   }
 }
 
-void BackingStoreWrapper::appendRecord(std::string_view text) {
-  const auto length = static_cast<std::uint32_t>(std::min(text.size(), kMostTextBytes));
-  const std::size_t start = m_rowRecords.size();
-  m_rowRecords.resize(start + sizeof length + length);
-  std::memcpy(m_rowRecords.data() + start, &length, sizeof length);
-  std::memcpy(m_rowRecords.data() + start + sizeof length, text.data(), length);
+void BackingStoreWrapper::makeRecords() {
+  std::size_t size = recordSize(kRowEnd);
+  for (const Cell& cell : m_row) {
+    size += recordSize(textOf(cell));
+  }
+  m_rowRecords.resize(size);
+  char* out = m_rowRecords.data();
+  for (const Cell& cell : m_row) {
+    out = putRecord(out, textOf(cell));
+  }
+  putRecord(out, kRowEnd);
 }
 
 bool BackingStoreWrapper::storeRow() {

@@ -69,7 +69,9 @@ class BackingStoreWrapper {
 
   class RowLayout;
 
-  void appendRecord(std::string_view text);
+  std::string_view textOf(const Cell& cell) const { return cell.isSet ? cell.text : m_missing; }
+  /// Puts the current row into `m_rowRecords`.
+  void makeRecords();
   /// Brings the row's records to the store. False while bytes of it are left.
   bool storeRow();
   /// Writes the rows and what ends the table. False when they could not all be read.
