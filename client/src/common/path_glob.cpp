@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -47,6 +48,9 @@ class WordCutter {
     for (const char character : pattern) {
       take(character);
     }
+    if (m_escaped) {
+      takeLiterally('\\');
+    }
     finishWord();
     return std::move(m_words);
   }
@@ -54,20 +58,30 @@ class WordCutter {
  private:
   void take(char character) {
     if (m_escaped) {
-      m_word += {'\\', character};
-      m_escaped = false;
+      takeEscaped(character);
     } else if (character == '\\') {
       m_escaped = true;
     } else if (character == '"') {
       m_quoted = !m_quoted;
     } else if (m_quoted) {
-      m_word += {'\\', character};
-    } else if (std::string(c_blanks).find(character) != std::string::npos) {
+      takeLiterally(character);
+    } else if (std::strchr(c_blanks, character) != nullptr) {
       finishWord();
     } else {
       m_word += character;
     }
   }
+
+  void takeEscaped(char character) {
+    m_escaped = false;
+    // Between quotes a backslash stands for itself but before these.
+    if (m_quoted && std::strchr("\"\\$`", character) == nullptr) {
+      takeLiterally('\\');
+    }
+    takeLiterally(character);
+  }
+
+  void takeLiterally(char character) { m_word += {'\\', character}; }
 
   void finishWord() {
     if (!m_word.empty()) {

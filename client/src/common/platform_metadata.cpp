@@ -84,8 +84,9 @@ bool readValues(Serializer& serializer, std::map<std::string, std::string>& valu
   return true;
 }
 
+/// Moves `read` to `member` where that is empty.
 template <typename Value>
-void takeIfEmpty(Value& member, Value&& read) {
+void takeIfEmpty(Value& member, Value& read) {
   if (member.empty()) {
     member = std::move(read);
   }
@@ -172,9 +173,9 @@ int PlatformMetadata::deserializePlatformMetadata(Serializer& serializer) {
       !readSpecifiers(serializer, specifiers) || !readValues(serializer, m_values)) {
     return c_allOnes;
   }
-  takeIfEmpty(m_name, std::move(name));
-  takeIfEmpty(m_description, std::move(description));
-  takeIfEmpty(m_specifiers, std::move(specifiers));
+  takeIfEmpty(m_name, name);
+  takeIfEmpty(m_description, description);
+  takeIfEmpty(m_specifiers, specifiers);
   return 0;
 }
 

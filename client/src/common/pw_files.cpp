@@ -162,7 +162,7 @@ std::string qm_temp_directory_path() {
   if (!qm_dirExists(base)) {
     return c_noUsableDirectory;
   }
-  const std::string directory = base + "/qumetra_tmp/";
+  std::string directory = base + "/qumetra_tmp/";
   if (qm_dirExists(directory) || mkpath(directory) == 0) {
     return directory;
   }

@@ -1,0 +1,28 @@
+#include "client/src/common/timer.h"
+
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace pwr {
+namespace {
+
+TEST(Timer, StoresMicrosecondsAtItsEnd) {
+  double micros = -1;
+  {
+    const Timer timer(&micros);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(micros, -1);
+  }
+  EXPECT_GE(micros, 19'000);
+  EXPECT_LT(micros, 20'000'000);
+}
+
+TEST(Timer, NeedsNoResult) {
+  const Timer labelled("label");
+  const Timer withoutResult(static_cast<double*>(nullptr));
+}
+
+}  // namespace
+}  // namespace pwr
