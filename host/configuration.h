@@ -29,6 +29,7 @@ class WriterInterfaceConfigFileParser {
 
   /// Host side: replaces the whole order.
   void setOrder(MetricOrder order);
+  const MetricOrder& order() const { return m_order; }
 
  private:
   WriterInterfaceConfigFileParser();

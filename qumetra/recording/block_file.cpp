@@ -1,0 +1,97 @@
+#include "qumetra/recording/block_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace qumetra {
+
+namespace {
+
+constexpr std::size_t kBlockSize = std::size_t{1} << 20;
+constexpr mode_t kMode = 0666;
+
+/// Calls `write` with the bytes that are left and the number of those done until all are written.
+/// Returns 0 or the error number.
+template <typename Write>
+int writeAll(std::string_view bytes, Write write) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t count = write(bytes.substr(done), done);
+    if (count == 0) {
+      return EIO;
+    }
+    if (count < 0 && errno != EINTR) {
+      return errno;
+    }
+    done += count < 0 ? 0 : static_cast<std::size_t>(count);
+  }
+  return 0;
+}
+
+}  // namespace
+
+BlockFile::BlockFile(std::string path) : m_path(std::move(path)) {
+  m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode);
+  if (m_descriptor < 0) {
+    fail(errno);
+  }
+}
+
+BlockFile::~BlockFile() { close(); }
+
+void BlockFile::append(std::string_view bytes) {
+  if (!m_error.empty()) {
+    return;
+  }
+  m_buffer += bytes;
+  if (m_buffer.size() >= kBlockSize) {
+    sync();
+  }
+}
+
+void BlockFile::sync() {
+  if (!m_error.empty()) {
+    return;
+  }
+  const int error = writeAll(m_buffer, [this](std::string_view bytes, std::size_t /*at*/) {
+    return ::write(m_descriptor, bytes.data(), bytes.size());
+  });
+  if (error != 0) {
+    fail(error);
+    return;
+  }
+  m_writtenBytes += m_buffer.size();
+  m_buffer.clear();
+}
+
+void BlockFile::overwrite(std::uint64_t at, std::string_view bytes) {
+  sync();
+  if (!m_error.empty()) {
+    return;
+  }
+  const int error = writeAll(bytes, [this, at](std::string_view left, std::size_t done) {
+    return ::pwrite(m_descriptor, left.data(), left.size(), static_cast<off_t>(at + done));
+  });
+  if (error != 0) {
+    fail(error);
+  }
+}
+
+void BlockFile::close() {
+  sync();
+  if (m_descriptor >= 0 && ::close(m_descriptor) != 0 && m_error.empty()) {
+    fail(errno);
+  }
+  m_descriptor = -1;
+}
+
+void BlockFile::fail(int error) {
+  m_error = m_path + ": " + std::generic_category().message(error);
+  m_buffer.clear();
+}
+
+}  // namespace qumetra
