@@ -205,7 +205,8 @@ void AutoWriter::addRow(const std::string& tableTitle, const std::deque<std::str
   if (key.starts_with("Total_")) {
     return;  // A row of totals.
   }
+  const std::string rowTitle = tableTitle + '_' + key + '_';
   for (std::size_t i = keyColumns; i < cells.size(); ++i) {
-    addColumn(tableTitle + '_' + key + '_' + m_columnTitles[i], cells[i]);
+    addColumn(rowTitle + m_columnTitles[i], cells[i]);
   }
 }

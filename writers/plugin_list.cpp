@@ -11,6 +11,7 @@ PluginList* makePluginList(std::span<const PluginMaker> makers, void* (*allocate
 
   auto list = std::make_unique<PluginList>();
   list->count = static_cast<std::int32_t>(plugins.size());
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): the array holds pointers.
   list->plugins = static_cast<Plugin**>(allocate(plugins.size() * sizeof(Plugin*)));
   if (list->plugins == nullptr) {
     // The plug-ins are let go, not destroyed: required, see the header.

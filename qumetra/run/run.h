@@ -3,22 +3,16 @@
 
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "qumetra/model/message_sink.h"
+#include "qumetra/run/run_error.h"
 
 namespace qumetra {
 
 class CallLog;
 class WriterLibrary;
-
-/// Something that keeps a run from starting: no library, an unknown writer name.
-class RunError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// What a run is made from.
 struct RunOptions {
@@ -35,6 +29,9 @@ struct RunOptions {
 /// and counts as status 1. What `writeMessage` and `flushContinuousResults` return does not alter
 /// the run.
 ///
+/// A collection begins with the first system message: just before it, each writer is reset for a
+/// new collection with its metadata, the first timestamp being the value.
+///
 ///     WriterLibrary library(WriterLibrary::defaultPath());
 ///     Run run(library, {.writers = {"sum"}, .base = "result"});
 ///     run.start();
@@ -50,7 +47,8 @@ class Run : public MessageSink {
   /// Finishes a run that was started and not finished.
   ~Run() override;
 
-  /// Calls `init` of every writer. Returns 0, or 1 when one of them failed.
+  /// Calls `init` of every writer. Returns 0, or 1 when one of them failed. Calling it twice is
+  /// harmless. The first message starts the run when this has not.
   int start();
   void system(const pwr::SystemMessage& message) override;
   void text(const pwr::TextMessage& message) override;
@@ -60,13 +58,21 @@ class Run : public MessageSink {
   void container(const pwr::MetricContainerInfoMessage& message) override;
   /// Skipped unless the run is continuous.
   void flush(const pwr::SystemMetadata& metadata) override;
-  /// Calls `fini` of every writer. Returns 0, or 1 when an `init` or `fini` failed. Calling it
-  /// twice is harmless.
+  /// A collector saw that a telemetry device was reset at `ticks`; the writers are told at once.
+  void telemetryDeviceReset(std::uint32_t device, std::uint64_t ticks,
+                            const pwr::SystemMetadata& metadata);
+  /// Calls `fini` of every writer of a run that was started. Returns 0, or 1 when an `init` or
+  /// `fini` failed. Calling it twice is harmless.
   int finish();
 
   /// The writers of the run by option name, in their order.
   std::vector<std::string> writerNames() const;
+  /// The files that these writers are known to make.
+  std::vector<std::string> resultFiles() const;
   std::uint64_t samplesDelivered() const;
+  /// What went wrong so far, one line each, without a line end: every failed `init` and `fini`, a
+  /// refused reset, and the first thing that each writer threw.
+  const std::vector<std::string>& problems() const;
 
  private:
   struct State;

@@ -215,7 +215,7 @@ TEST_F(PluginLists, DestroyThePluginsInTheirOrder) {
 
 TEST_F(PluginLists, AreNullWhenThereIsNoMemoryForTheArray) {
   EXPECT_EQ(makePluginList(m_makers, &refuse), nullptr);
-  EXPECT_EQ(s_askedBytes, 2 * sizeof(Plugin*));
+  EXPECT_EQ(s_askedBytes, 16U);
   for (const NotedPlugin* plugin : NotedPlugin::s_made) {
     delete plugin;
   }

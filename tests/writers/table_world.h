@@ -25,35 +25,25 @@ inline Cell unwritten() { return {Cell::State::Unwritten, {}}; }
 class TableWorld {
  public:
   const pwr::DataHandle* column(const std::string& name) {
-    return &m_model.addColumnHandle(spec(name, name), pwr::DataHandle::kOtherType);
+    return &m_model.addColumnHandle({.name = name}, pwr::DataHandle::kOtherType);
   }
 
   /// The field name is empty unless given, and an empty text is part of every text.
   const pwr::EntityHandle* entity(const std::string& name, const std::string& fieldName = "") {
-    return &m_model.addEntity(spec(name, fieldName));
+    return &m_model.addEntity({.name = name, .fieldName = fieldName});
   }
 
   const pwr::Attribute* attribute(const std::string& name, const pwr::Quantity* quantity,
                                   const std::string& fieldName = "") {
-    return &m_model.addAttribute(spec(name, fieldName), pwr::AttributeType::Data, quantity);
+    return &m_model.addAttribute({.name = name, .fieldName = fieldName}, pwr::AttributeType::Data,
+                                 quantity);
   }
 
   const pwr::Quantity* quantity(std::uint32_t code, const std::string& units) {
-    QuantitySpec wanted;
-    wanted.code = code;
-    wanted.name = "quantity";
-    wanted.units = units;
-    return &m_model.addQuantity(wanted);
+    return &m_model.addQuantity({.code = code, .name = "quantity", .units = units});
   }
 
  private:
-  static HandleSpec spec(const std::string& name, const std::string& fieldName) {
-    HandleSpec spec;
-    spec.name = name;
-    spec.fieldName = fieldName;
-    return spec;
-  }
-
   Model m_model;
 };
 

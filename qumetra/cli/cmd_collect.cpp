@@ -1,0 +1,236 @@
+// qumetra collect: measures this machine and delivers to writers.
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "qumetra/cli/command.h"
+#include "qumetra/cli/console.h"
+#include "qumetra/cli/delivery.h"
+#include "qumetra/cli/progress.h"
+#include "qumetra/cli/session.h"
+#include "qumetra/collect/collection.h"
+#include "qumetra/recording/recording_reader.h"
+#include "qumetra/run/output_check.h"
+#include "qumetra/run/run.h"
+
+namespace qumetra::cli {
+namespace {
+
+struct CollectOptions {
+  DeliveryOptions delivery;
+  std::optional<double> seconds;
+  double intervalMilliseconds = 100;
+  /// Empty for a private one.
+  std::string record;
+  /// The seconds between two flushes of a continuous run; empty for a run that is none.
+  std::optional<double> continuousSeconds;
+  std::vector<std::string> sources;
+  std::string procfs = "/proc";
+  std::string sysfs = "/sys";
+  std::vector<std::string> command;
+
+  bool isLive() const { return continuousSeconds.has_value(); }
+};
+
+/// The longest time that is taken: 100 years, well within 64 bits of nanoseconds.
+constexpr double kLongestSeconds = 100.0 * 366 * 86400;
+
+std::chrono::nanoseconds fromSeconds(double seconds) {
+  return std::chrono::nanoseconds(std::llround(seconds * 1e9));
+}
+
+/// Sees how far a collection is.
+struct Watcher {
+  Progress progress;
+  bool hasSamples = false;
+
+  void see(const CollectionProgress& state) {
+    hasSamples = state.samples > 0;
+    if (progress.due()) {
+      progress.show(fmt::format("collecting: {:.1f} s, {} samples",
+                                std::chrono::duration<double>(state.elapsed).count(),
+                                state.samples));
+    }
+  }
+};
+
+CollectionOptions collectionOptions(const CollectOptions& options, const CommonOptions& common,
+                                    Session& session, Watcher& watcher) {
+  CollectionOptions result;
+  if (options.seconds) {
+    result.duration = fromSeconds(*options.seconds);
+  }
+  result.interval = fromSeconds(options.intervalMilliseconds / 1e3);
+  result.command = options.command;
+  result.commandEnvironment = {{"TMPDIR", session.tempArea().formerTmpdir()}};
+  result.recordPath = options.record;
+  if (result.recordPath.empty() && !options.isLive()) {
+    result.recordPath = (session.tempArea().path() / "recording.qmrec").string();
+  }
+  result.flushPeriod = fromSeconds(options.continuousSeconds.value_or(0));
+  result.sources = options.sources;
+  result.procfs = options.procfs;
+  result.sysfs = options.sysfs;
+  result.commandLine = common.commandLine;
+  result.notice = [&watcher, isQuiet = common.verbosity == 0](const std::string& line) {
+    if (!isQuiet) {
+      watcher.progress.clear();
+      printError(line);
+    }
+  };
+  result.progress = [&watcher](const CollectionProgress& state) { watcher.see(state); };
+  return result;
+}
+
+/// What a process that leaves early tells. A recording can still be made into results.
+std::string lastWords(const std::string& recordPath, const Session& session) {
+  if (recordPath.empty()) {
+    return "qumetra: left early; what was received so far is kept in " +
+           session.tempArea().path().string();
+  }
+  return fmt::format("qumetra: left early; make results with: qumetra replay {}", recordPath);
+}
+
+/// Delivers live. The first message starts the writers, so that a command that cannot be run leaves
+/// no trace.
+int collectLive(Collection& collection, Run& run, Watcher& watcher) {
+  collection.run(&run);
+  watcher.progress.clear();
+  run.start();
+  return run.finish();
+}
+
+/// Records first and delivers then. A recording that broke off, say for want of room, is delivered
+/// as far as it came.
+int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
+                     Session& session, Watcher& watcher, const CommonOptions& common) {
+  int status = kDone;
+  try {
+    collection.run();
+  } catch (const CommandError&) {
+    throw;
+  } catch (const CollectionError& error) {
+    if (!watcher.hasSamples) {
+      throw;
+    }
+    watcher.progress.clear();
+    printError(error.what());
+    status = kWrongInput;
+  }
+  watcher.progress.clear();
+  RecordingReader reader(recordPath, session.freshModel(), run);
+  return std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
+}
+
+int collect(const CollectOptions& options, const CommonOptions& common) {
+  Session session(common);
+  Run run(session.library(), {.writers = chosenWriters(options.delivery, session.library()),
+                              .base = options.delivery.base,
+                              .continuous = options.isLive()});
+  requireWritable(run.resultFiles());
+  if (!options.record.empty()) {
+    requireWritable({options.record});
+  }
+  Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
+  CollectionOptions settings = collectionOptions(options, common, session, watcher);
+  const std::string recordPath = settings.recordPath;
+  session.signals().setLastWords(lastWords(recordPath, session));
+  Collection collection(std::move(settings), session.freshModel(), session.stop());
+  collection.open();
+  const int status = options.isLive()
+                         ? collectLive(collection, run, watcher)
+                         : collectAndReplay(collection, recordPath, run, session, watcher, common);
+  printSummary(run, session.environment(), common);
+  const int commandStatus = collection.waitForCommand();
+  return commandStatus != 0 ? commandStatus : status;
+}
+
+/// The command stands behind "--" only: a misspelt word would otherwise be taken for a program.
+void requireSeparator(const CollectOptions& options, const CommonOptions& common) {
+  const auto& words = common.commandLine;
+  if (!options.command.empty() && std::find(words.begin(), words.end(), "--") == words.end()) {
+    throw UsageError(fmt::format("unexpected argument \"{}\"; a command stands behind --",
+                                 options.command.front()));
+  }
+}
+
+int runCollect(const CollectOptions& options, const CommonOptions& common) {
+  requireSeparator(options, common);
+  try {
+    return collect(options, common);
+  } catch (const CommandError& error) {
+    printError(error.what());
+    return error.status();
+  } catch (const CollectionError& error) {
+    printError(error.what());
+    return kWrongInput;
+  }
+}
+
+void addTimes(CLI::App& command, CollectOptions& options) {
+  command.add_option("-t,--time", options.seconds, "End after this time")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1e-3, kLongestSeconds));
+  command.add_option("-i,--interval", options.intervalMilliseconds, "Time between two samples")
+      ->type_name("MILLISECONDS")
+      ->check(CLI::Range(1e-1, kLongestSeconds))
+      ->capture_default_str();
+  command
+      .add_option("--continuous", options.continuousSeconds,
+                  "Deliver while measuring and ask the writers for fresh files this often; 0 for "
+                  "on SIGUSR1 only")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.0, kLongestSeconds));
+}
+
+void addPlaces(CLI::App& command, CollectOptions& options) {
+  command.add_option("--record", options.record, "Keep the recording in FILE, for replay")
+      ->type_name("FILE");
+  command
+      .add_option("--source", options.sources,
+                  "Collect from these sources only; each must be there [default: all there are]")
+      ->type_name("NAME[,NAME]")
+      ->delimiter(',')
+      ->allow_extra_args(false);
+  command.add_option("--procfs", options.procfs, "Where the machine's /proc is mounted")
+      ->type_name("DIR")
+      ->capture_default_str();
+  command.add_option("--sysfs", options.sysfs, "Where the machine's /sys is mounted")
+      ->type_name("DIR")
+      ->capture_default_str();
+}
+
+}  // namespace
+
+void addCollectCommand(CLI::App& app, Action& action) {
+  CLI::App* command = app.add_subcommand("collect", "Measure this machine");
+  auto options = std::make_shared<CollectOptions>();
+  addDeliveryOptions(*command, options->delivery);
+  addTimes(*command, *options);
+  addPlaces(*command, *options);
+  command->add_option("command", options->command, "A command to measure, behind --")
+      ->type_name("COMMAND ARG...");
+  command->callback([&action, options] {
+    action = [options](const CommonOptions& common) { return runCollect(*options, common); };
+  });
+  command->footer(
+      "Examples:\n"
+      "  qumetra collect -t 10\n"
+      "  qumetra collect -r sum,json -o results/build -- make -j8\n"
+      "  qumetra collect -r json --continuous 60\n"
+      "\n"
+      "With a command, the collection lasts as long as it runs and ends with its status (127 when\n"
+      "it is not found, 126 when it cannot be run). The first Ctrl-C ends a collection early and\n"
+      "the results are still written; the second leaves at once. SIGUSR1 asks for a flush in a\n"
+      "continuous run.");
+}
+
+}  // namespace qumetra::cli

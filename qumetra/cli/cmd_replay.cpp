@@ -1,0 +1,102 @@
+// qumetra replay: delivers a recording to writers.
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include <CLI/CLI.hpp>
+
+#include "qumetra/cli/command.h"
+#include "qumetra/cli/console.h"
+#include "qumetra/cli/delivery.h"
+#include "qumetra/cli/session.h"
+#include "qumetra/recording/recording_reader.h"
+#include "qumetra/run/call_log.h"
+#include "qumetra/run/run.h"
+
+namespace qumetra::cli {
+namespace {
+
+struct ReplayOptions {
+  std::string recording;
+  DeliveryOptions delivery;
+  bool continuous = false;
+  /// Empty for none.
+  std::string callLog;
+};
+
+/// Makes the call log, which must not be the recording.
+void startCallLog(CallLog& log, const ReplayOptions& options, Environment& environment) {
+  std::error_code ignored;
+  if (std::filesystem::equivalent(options.callLog, options.recording, ignored)) {
+    throw UsageError("the call log would overwrite the recording: " + options.callLog);
+  }
+  log.start(environment);
+  if (!log.error().empty()) {
+    throw UsageError("cannot write the call log: " + log.error());
+  }
+}
+
+/// Ends the call log and returns the exit status that comes of it.
+int closeCallLog(CallLog& log) {
+  const std::string error = log.close();
+  if (error.empty()) {
+    return kDone;
+  }
+  printError("cannot write the call log: " + error);
+  return kWrongInput;
+}
+
+int replay(const ReplayOptions& options, const CommonOptions& common) {
+  Session session(common);
+  CallLog log(options.callLog);
+  const bool isLogged = !options.callLog.empty();
+  Run run(session.library(),
+          {.writers = chosenWriters(options.delivery, session.library()),
+           .base = options.delivery.base,
+           .continuous = options.continuous},
+          isLogged ? &log : nullptr);
+  requireWritable(run.resultFiles());
+  RecordingReader reader(options.recording, session.freshModel(), run);
+  if (isLogged) {
+    startCallLog(log, options, session.environment());
+  }
+  int status = deliverRecording(reader, run, session.stop(), OnStop::End, common);
+  const int logStatus = closeCallLog(log);
+  printSummary(run, session.environment(), common);
+  status = status == kWrongInput ? status : std::max(status, logStatus);
+  const int signal = session.signals().stopSignalNumber();
+  return signal != 0 && status == kDone ? 128 + signal : status;
+}
+
+}  // namespace
+
+void addReplayCommand(CLI::App& app, Action& action) {
+  CLI::App* command = app.add_subcommand("replay", "Deliver a recording to writers of results");
+  auto options = std::make_shared<ReplayOptions>();
+  command->add_option("recording", options->recording, "The recording, a .qmrec file")
+      ->type_name("RECORDING")
+      ->required();
+  addDeliveryOptions(*command, options->delivery);
+  command->add_flag("--continuous", options->continuous,
+                    "Run the writers in continuous mode: the recording's flushes count");
+  command
+      ->add_option("--call-log", options->callLog,
+                   "Write every call of a writer and everything logged to FILE, as JSON lines")
+      ->type_name("FILE");
+  command->callback([&action, options] {
+    action = [options](const CommonOptions& common) { return replay(*options, common); };
+  });
+  command->footer(
+      "Examples:\n"
+      "  qumetra replay run.qmrec\n"
+      "  qumetra replay run.qmrec -r sum,int -o results/run\n"
+      "  qumetra replay run.qmrec -r all --call-log calls.jsonl\n"
+      "\n"
+      "A faulty recording is told as FILE:LINE: what was wrong; what came before is finished and "
+      "kept.");
+}
+
+}  // namespace qumetra::cli

@@ -1,0 +1,45 @@
+// A command that runs while something is measured.
+#pragma once
+
+#include <sys/types.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qumetra {
+
+/// Variables by name that a command gets other than this process has them; those without a value
+/// are left out.
+using EnvironmentChanges = std::map<std::string, std::optional<std::string>>;
+
+/// A started command. Destroying it leaves the command alone. One thread.
+class ChildProcess {
+ public:
+  /// Starts `command`, its program searched in PATH, with the signal mask empty and the standard
+  /// streams of this process. Returns when the program has replaced the child, and throws
+  /// `CommandError` when it could not. REQUIRES: `command` is not empty.
+  explicit ChildProcess(const std::vector<std::string>& command,
+                        const EnvironmentChanges& changes = {});
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+  ~ChildProcess();
+
+  pid_t pid() const { return m_pid; }
+  /// Readable once the command has ended; -1 where the system cannot tell, so that `poll` has to be
+  /// called from time to time.
+  int descriptor() const { return m_descriptor; }
+
+  /// The exit status, or 128 and the number of the signal that ended it; nothing while it runs.
+  std::optional<int> poll();
+  /// Sends SIGTERM to a command that still runs.
+  void terminate();
+
+ private:
+  pid_t m_pid = -1;
+  int m_descriptor = -1;
+  std::optional<int> m_status;
+};
+
+}  // namespace qumetra

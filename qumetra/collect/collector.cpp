@@ -1,0 +1,45 @@
+#include "qumetra/collect/collector.h"
+
+#include <utility>
+
+#include "qumetra/collect/cpu_idle_collector.h"
+#include "qumetra/collect/cpu_time_collector.h"
+
+namespace qumetra {
+
+Collector::Collector() = default;
+Collector::~Collector() = default;
+
+void Collector::announce(MessageSink& sink) {
+  for (const auto& metric : m_metrics) {
+    metric->announce(sink);
+  }
+}
+
+void Collector::sample(std::uint64_t now, MessageSink& sink) {
+  read(now);
+  for (const auto& metric : m_metrics) {
+    metric->deliver(now, sink);
+  }
+}
+
+void Collector::summarise(SummaryContext& context) {
+  for (const auto& metric : m_metrics) {
+    deliverSummary(*metric, context);
+  }
+}
+
+SampledMetric& Collector::addMetric(CollectorContext& context, MetricSpec spec) {
+  spec.metricId = context.nextMetricId++;
+  spec.featureName = info().name;
+  return *m_metrics.emplace_back(std::make_unique<SampledMetric>(context.model, spec));
+}
+
+std::vector<std::unique_ptr<Collector>> makeCollectors() {
+  std::vector<std::unique_ptr<Collector>> collectors;
+  collectors.push_back(std::make_unique<CpuTimeCollector>());
+  collectors.push_back(std::make_unique<CpuIdleCollector>());
+  return collectors;
+}
+
+}  // namespace qumetra

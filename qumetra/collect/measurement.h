@@ -1,0 +1,76 @@
+// The loop that takes samples from the first reading to the stop.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/system_metadata.h"
+#include "qumetra/collect/collection.h"
+#include "qumetra/collect/collector.h"
+#include "qumetra/collect/interval_schedule.h"
+#include "qumetra/collect/report_texts.h"
+
+namespace qumetra {
+
+class ChildProcess;
+class RecordingWriter;
+class TeeSink;
+
+/// When to measure; all in ticks.
+struct MeasurementPlan {
+  /// The time of the first reading, which has been taken.
+  std::uint64_t start = 0;
+  /// Without it the measuring lasts until the command ends or a stop is requested.
+  std::optional<std::uint64_t> duration;
+  std::uint64_t interval = 0;
+  /// 0 for flushes on request only.
+  std::uint64_t flushPeriod = 0;
+  /// Whether flushes are asked for at all.
+  bool isLive = false;
+};
+
+/// How a measurement ended.
+struct MeasurementEnd {
+  /// The time of the last reading.
+  std::uint64_t time = 0;
+  CollectionOutcome outcome;
+};
+
+/// Samples all collectors at every deadline and once more at the stop, so that the whole time is
+/// covered: a run shorter than the interval has one sample. Everything given is borrowed.
+class Measurement {
+ public:
+  Measurement(MeasurementPlan plan, const std::vector<std::unique_ptr<Collector>>& collectors,
+              pwr::SystemMetadata& metadata, StopSignal& stop);
+
+  void setProgress(std::function<void(const CollectionProgress&)> progress);
+
+  /// Measures until it is over; a live one ends with a flush. About once a second the recording is
+  /// brought up to date on disk, so that little is lost with a killed collection. Throws
+  /// `CollectionError` once the recording cannot be written. `recording` and `command` may be null.
+  MeasurementEnd run(TeeSink& sink, RecordingWriter* recording, ChildProcess* command);
+
+ private:
+  bool isOver(std::uint64_t now, ChildProcess* command);
+  void takeSamples(std::uint64_t now, TeeSink& sink);
+  void flush(std::uint64_t now, MessageSink& sink);
+  void flushWhenDue(std::uint64_t now, MessageSink& sink);
+  void keepRecording(std::uint64_t now, RecordingWriter* recording);
+  std::uint64_t nextDeadline() const;
+
+  MeasurementPlan m_plan;
+  const std::vector<std::unique_ptr<Collector>>& m_collectors;
+  pwr::SystemMetadata& m_metadata;
+  StopSignal& m_stop;
+  std::function<void(const CollectionProgress&)> m_progress;
+  std::uint64_t m_limit;
+  IntervalSchedule m_samples;
+  IntervalSchedule m_flushes;
+  IntervalSchedule m_syncs;
+  MeasurementEnd m_end;
+};
+
+}  // namespace qumetra

@@ -1,0 +1,45 @@
+// The lines at the top of a report.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/system_metadata.h"
+
+namespace qumetra {
+
+/// What is known of a collection when it starts.
+struct CollectionSetup {
+  std::uint64_t intervalTicks = 0;
+  std::vector<std::string> sources;
+  /// The command with its arguments; empty for none.
+  std::vector<std::string> command;
+};
+
+/// What is known of it when it is over.
+struct CollectionOutcome {
+  /// How often was measured after the first reading, and how often that was left out.
+  std::uint64_t moments = 0;
+  std::uint64_t missed = 0;
+  bool stopped = false;
+  std::optional<int> commandStatus;
+};
+
+/// A time span as people write it: "100 ms", "2.5 s".
+std::string spanText(std::uint64_t ticks);
+/// Arguments joined by blanks; those with blanks, quotes or nothing inside are quoted.
+std::string commandText(const std::vector<std::string>& arguments);
+
+/// Tool, host, processor, operating system, start, what is measured how often.
+std::vector<std::string> openingLines(const pwr::SystemMetadata& metadata,
+                                      const CollectionSetup& setup);
+/// How long it took, how it ended.
+std::vector<std::string> closingLines(const pwr::SystemMetadata& metadata,
+                                      const CollectionSetup& setup,
+                                      const CollectionOutcome& outcome);
+/// What makes the numbers doubtful: too few samples, missed ones. Often empty.
+std::vector<std::string> doubtLines(const CollectionOutcome& outcome);
+
+}  // namespace qumetra

@@ -1,1 +1,0 @@
-// Placeholder until the room has its first source.

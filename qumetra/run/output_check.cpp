@@ -1,0 +1,89 @@
+#include "qumetra/run/output_check.h"
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "qumetra/run/writer_library.h"
+
+namespace qumetra {
+namespace {
+
+std::string reason(const std::string& path, int error) {
+  return path + ": " + std::generic_category().message(error);
+}
+
+/// The access that the effective user has; 0, or the error number.
+int accessError(const std::string& path, int mode) {
+  return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0 ? 0 : errno;
+}
+
+/// Whether the directory belongs to the kernel, where even the superuser, to whom access is never
+/// denied, can make no files.
+bool isKernelDirectory(const std::string& path) {
+  struct statfs status {};
+  return ::statfs(path.c_str(), &status) == 0 &&
+         (status.f_type == PROC_SUPER_MAGIC || status.f_type == SYSFS_MAGIC);
+}
+
+std::string checkExistingFile(const std::string& path, const struct stat& status) {
+  if (S_ISDIR(status.st_mode)) {
+    return reason(path, EISDIR);
+  }
+  const int error = accessError(path, W_OK);
+  return error != 0 ? reason(path, error) : std::string();
+}
+
+/// Looks at `directory` or, where it is missing, at the nearest one above it: there it would be
+/// made.
+std::string checkDirectory(std::filesystem::path directory) {
+  struct stat status {};
+  while (::stat(directory.c_str(), &status) != 0) {
+    const std::filesystem::path above = directory.parent_path();
+    if (errno != ENOENT || above == directory || directory == ".") {
+      return reason(directory.string(), errno);
+    }
+    directory = above.empty() ? "." : above;
+  }
+  if (!S_ISDIR(status.st_mode)) {
+    return reason(directory.string(), ENOTDIR);
+  }
+  if (isKernelDirectory(directory.string())) {
+    return reason(directory.string(), EROFS);
+  }
+  const int error = accessError(directory.string(), W_OK | X_OK);
+  return error != 0 ? reason(directory.string(), error) : std::string();
+}
+
+}  // namespace
+
+std::vector<std::string> resultFiles(const LoadedWriter& writer, const std::string& base) {
+  // Two writers make other files than their suffix says.
+  if (writer.option == "auto") {
+    return {"Automation_Summary.csv"};
+  }
+  if (writer.option == "phm-csv") {
+    return {base + "_phm.csv", base + "_meta_phm.csv"};
+  }
+  return {base + writer.suffix};
+}
+
+std::string checkOutputFile(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    return checkExistingFile(path, status);
+  }
+  if (errno != ENOENT) {
+    return reason(path, errno);
+  }
+  const std::filesystem::path directory = std::filesystem::path(path).parent_path();
+  return checkDirectory(directory.empty() ? "." : directory);
+}
+
+}  // namespace qumetra
