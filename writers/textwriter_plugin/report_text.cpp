@@ -6,8 +6,8 @@ constexpr std::uint32_t kBeforeTable = 0;
 constexpr std::uint32_t kAfterTable = 1;
 
 void writeParagraph(std::FILE* out, const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), out);
-  std::fputs("\n\n", out);
+  const std::string paragraph = text + "\n\n";
+  std::fwrite(paragraph.data(), 1, paragraph.size(), out);
 }
 
 void writeNotes(std::FILE* out, const pwr::TextNotes* notes, std::uint32_t placement) {
