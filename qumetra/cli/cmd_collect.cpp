@@ -131,6 +131,7 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
 }
 
 int collect(const CollectOptions& options, const CommonOptions& common) {
+  requireBaseName(options.delivery);
   Session session(common);
   Run run(session.library(), {.writers = chosenWriters(options.delivery, session.library()),
                               .base = options.delivery.base,
@@ -175,20 +176,32 @@ int runCollect(const CollectOptions& options, const CommonOptions& common) {
   }
 }
 
+/// Takes no NaN, unlike the parser's own check of a range.
+CLI::Validator numberBetween(double lowest, double highest) {
+  const auto check = [lowest, highest](const std::string& text) {
+    double value = 0;
+    const bool isFine =
+        CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest;
+    return isFine ? std::string()
+                  : fmt::format("\"{}\" is no number from {} to {:.0f}", text, lowest, highest);
+  };
+  return CLI::Validator(check, "");
+}
+
 void addTimes(CLI::App& command, CollectOptions& options) {
   command.add_option("-t,--time", options.seconds, "End after this time")
       ->type_name("SECONDS")
-      ->check(CLI::Range(1e-3, kLongestSeconds));
+      ->check(numberBetween(1e-3, kLongestSeconds));
   command.add_option("-i,--interval", options.intervalMilliseconds, "Time between two samples")
       ->type_name("MILLISECONDS")
-      ->check(CLI::Range(1e-1, kLongestSeconds))
+      ->check(numberBetween(1e-1, kLongestSeconds))
       ->capture_default_str();
   command
       .add_option("--continuous", options.continuousSeconds,
                   "Deliver while measuring and ask the writers for fresh files this often; 0 for "
                   "on SIGUSR1 only")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.0, kLongestSeconds));
+      ->check(numberBetween(0.0, kLongestSeconds));
 }
 
 void addPlaces(CLI::App& command, CollectOptions& options) {

@@ -50,6 +50,7 @@ int closeCallLog(CallLog& log) {
 }
 
 int replay(const ReplayOptions& options, const CommonOptions& common) {
+  requireBaseName(options.delivery);
   Session session(common);
   CallLog log(options.callLog);
   const bool isLogged = !options.callLog.empty();

@@ -69,6 +69,13 @@ std::vector<std::string> chosenWriters(const DeliveryOptions& options,
   return {library.find("sum") != nullptr ? "sum" : "auto"};
 }
 
+void requireBaseName(const DeliveryOptions& options) {
+  if (options.base.empty() || options.base.back() == '/') {
+    throw UsageError(fmt::format("-o \"{}\" has no name for the result files; give DIRECTORY/NAME",
+                                 options.base));
+  }
+}
+
 void requireWritable(const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     const std::string problem = checkOutputFile(file);

@@ -34,6 +34,9 @@ void addDeliveryOptions(CLI::App& command, DeliveryOptions& options);
 std::vector<std::string> chosenWriters(const DeliveryOptions& options,
                                        const WriterLibrary& library);
 
+/// Throws `UsageError` when the base has no name behind its directory.
+void requireBaseName(const DeliveryOptions& options);
+
 /// Throws `UsageError` when one of the files cannot be made or written over. Makes and changes
 /// nothing.
 void requireWritable(const std::vector<std::string>& files);

@@ -3,6 +3,7 @@
 #include <exception>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -41,7 +42,12 @@ int endParsing(const CLI::App& app, const CLI::ParseError& error) {
     printResult(text.str());
     return kDone;
   }
-  printError(std::string(error.what()) + "; see qumetra --help");
+  const std::vector<std::string> unknown = app.remaining();
+  const bool hasCommand = !app.get_subcommands().empty();
+  const std::string problem = hasCommand || unknown.empty()
+                                  ? error.what()
+                                  : "unknown command or option \"" + unknown.front() + '"';
+  printError(problem + "; see qumetra --help");
   return kWrongInput;
 }
 

@@ -1,0 +1,88 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/tool.h"
+
+namespace qumetra::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+/// Wrong usage: one line on standard error, nothing on standard output, status 2.
+void expectUsageError(const Tool::Arguments& arguments, const std::string& part) {
+  Tool tool;
+  const ToolResult result = tool.run(arguments);
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("", result.out);
+  EXPECT_THAT(result.err, StartsWith("qumetra: "));
+  EXPECT_THAT(result.err, HasSubstr(part));
+  EXPECT_EQ(result.err.size() - 1, result.err.find('\n'));
+  EXPECT_THAT(tool.files(), IsEmpty());
+}
+
+TEST(Usage, HelpWithExamplesGoesToStandardOutput) {
+  const ToolResult result = Tool().run({"--help"});
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("", result.err);
+  EXPECT_THAT(result.out, HasSubstr("Examples:\n  qumetra collect"));
+}
+
+TEST(Usage, EveryCommandHasHelp) {
+  EXPECT_THAT(Tool().run({"collect", "--help"}).out, HasSubstr("qumetra collect -t 10"));
+  EXPECT_THAT(Tool().run({"replay", "--help"}).out, HasSubstr("qumetra replay run.qmrec"));
+  EXPECT_THAT(Tool().run({"writers", "--help"}).out, HasSubstr("--json"));
+}
+
+TEST(Usage, VersionIsPrintedBeforeAndAfterTheCommand) {
+  EXPECT_EQ("qumetra " QM_VERSION "\n", Tool().run({"--version"}).out);
+  EXPECT_EQ("qumetra " QM_VERSION "\n", Tool().run({"writers", "--version"}).out);
+}
+
+TEST(Usage, NoCommandIsWrong) { expectUsageError({}, "subcommand is required"); }
+
+TEST(Usage, UnknownCommandIsWrong) {
+  expectUsageError({"dance"}, "unknown command or option \"dance\"");
+}
+
+TEST(Usage, UnknownOptionIsWrong) { expectUsageError({"writers", "--dance"}, "--dance"); }
+
+TEST(Usage, VerbosityIsANumber) {
+  expectUsageError({"--verbosity", "much", "writers"}, "--verbosity");
+  expectUsageError({"--verbosity", "-1", "writers"}, "--verbosity");
+}
+
+TEST(Usage, LoudAndQuietExcludeEachOther) {
+  expectUsageError({"-v", "-q", "writers"}, "-q");
+  expectUsageError({"-v", "--verbosity", "1", "writers"}, "-v");
+}
+
+TEST(Usage, ReplayNeedsARecording) { expectUsageError({"replay"}, "recording is required"); }
+
+TEST(Usage, CommandStandsBehindTwoHyphensOnly) {
+  expectUsageError({"collect", "true"}, "a command stands behind --");
+}
+
+TEST(Usage, TimesAreNumbersAboveZero) {
+  for (const char* text : {"0", "-1", "nan", "inf", "1e30", "x"}) {
+    expectUsageError({"collect", "-t", text}, "--time");
+    expectUsageError({"collect", "-i", text}, "--interval");
+  }
+  expectUsageError({"collect", "--continuous", "-1"}, "--continuous");
+}
+
+TEST(Usage, BaseNeedsAName) {
+  expectUsageError({"collect", "-o", "results/"}, "has no name for the result files");
+  expectUsageError({"replay", "x", "-o", ""}, "has no name for the result files");
+}
+
+TEST(Usage, StandardOutputThatIsFullIsAnError) {
+  Tool tool("/bin/sh");
+  const ToolResult result = tool.run({"-c", std::string(QM_TOOL) + " writers > /dev/full"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("qumetra: cannot write to standard output: No space left on device\n", result.err);
+}
+
+}  // namespace
+}  // namespace qumetra::test
