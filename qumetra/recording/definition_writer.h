@@ -52,6 +52,7 @@ class DefinitionWriter {
   enum class Kind { Attribute, Entity, Descriptor, NameValuePair, Process, Thread, Column, Count };
   struct Entry {
     Kind kind = Kind::Column;
+    /// Empty until the definition is written.
     std::string ref;
     /// False while the things that the definition refers to are being defined.
     bool isWritten = false;
