@@ -55,7 +55,7 @@ bool BackingStoreReader::moveBack(std::size_t count) {
     return true;
   }
   if (moved >= 0) {
-    std::fputs("ERROR: trying to rewind past the start of the buffer?!\n", stderr);
+    std::fprintf(stderr, "ERROR: trying to rewind past the start of the buffer?!\n");
   } else {
     std::fprintf(stderr, "ERROR: couldn't rewind %zu bytes\n", count);
   }

@@ -77,8 +77,7 @@ void RawWriterV2::closeOutput() {
 
 int RawWriterV2::writeMessage(const pwr::TextMessage& message) {
   if (m_outputFile != nullptr) {
-    std::fputs(message.m_message.c_str(), m_outputFile.get());
-    std::fputs("\n\n", m_outputFile.get());
+    std::fprintf(m_outputFile.get(), "%s\n\n", message.m_message.c_str());
   }
   return 0;
 }

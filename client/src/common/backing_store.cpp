@@ -309,11 +309,11 @@ bool QMExtensibleBackingStore::shiftTail_i(const char* source, std::uint64_t cou
 
 bool QMExtensibleBackingStore::rewind_i(std::uint64_t position) {
   if (position > m_size) {
-    std::fputs("ERROR rewinding to index larger than available!\n", stderr);
+    std::fprintf(stderr, "ERROR rewinding to index larger than available!\n");
     return false;
   }
   if (!flush_i()) {
-    std::fputs("ERROR flushing dirty buffer while rewinding!\n", stderr);
+    std::fprintf(stderr, "ERROR flushing dirty buffer while rewinding!\n");
     return false;
   }
   m_loaded = false;
