@@ -35,6 +35,10 @@ class RecordingReader {
   /// Gets the warnings, without a line end. By default they are dropped.
   void setWarningHandler(WarningHandler handler);
 
+  /// From now on a `config` record is checked but leaves the process-wide order as it is, for a
+  /// user who has given an order of their own.
+  void keepMetricOrder();
+
   /// Reads one line and delivers what it holds. Returns false at the end of the file. Throws
   /// `RecordingError` at a fault; all before it has been delivered, and reading cannot go on.
   bool readLine();
