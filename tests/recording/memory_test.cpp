@@ -101,7 +101,8 @@ TEST(Memory, OfReadingFourTimesAsMuchIsTheSame) {
   EXPECT_GT(small, 0U);
   EXPECT_GT(large, 0U);
   EXPECT_LT(large, small + kMebibyte / 2);
-  EXPECT_LT(large, 4 * kMebibyte);
+  // Buffers, and the pages of code that reading touches.
+  EXPECT_LT(large, 8 * kMebibyte);
 }
 
 }  // namespace

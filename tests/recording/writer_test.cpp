@@ -20,7 +20,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::SizeIs;
 
 std::vector<std::string> linesOf(const std::string& bytes) {
@@ -412,6 +411,18 @@ TEST_F(MetadataWriting, SystemRecordWrittenAnewIsWhatLaterChangesAreComparedWith
   EXPECT_TRUE(writer.rewriteSystem(message));
   writer.metadataChanged(metadata);
   EXPECT_THAT(written(), SizeIs(1));
+}
+
+TEST_F(MetadataWriting, SystemRecordWrittenAnewHoldsBehindEarlierChangesToo) {
+  writer.system(message);
+  metadata.m_lastTimestamp = 5;
+  metadata.m_osName = "OS";
+  writer.flush(metadata);
+  metadata.m_lastTimestamp = 9;
+  EXPECT_TRUE(writer.rewriteSystem(message));
+  const auto lines = written();
+  EXPECT_THAT(lines.at(0), HasSubstr(R"("lastTimestamp":9)"));
+  EXPECT_EQ(lines.back(), R"({"metadata":{"lastTimestamp":9}})");
 }
 
 TEST_F(MetadataWriting, SystemRecordThatDoesNotFitStaysAsItIs) {
