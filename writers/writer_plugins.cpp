@@ -9,6 +9,7 @@
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/plugin_list.h"
 #include "writers/textwriter_plugin/raw_writer.h"
+#include "writers/textwriter_plugin/summary_writer.h"
 
 namespace pwr {
 
@@ -95,6 +96,7 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
+    &makePlugin<SummaryWriter>,
     &makePlugin<KeltoWriter>,
     &makePlugin<RawWriterV2>,
     &makePlugin<AutoWriter>,

@@ -33,6 +33,12 @@ struct ExpectedWriter {
 /// The writers in the order of their creation.
 const std::vector<ExpectedWriter>& expectedWriters() {
   static const std::vector<ExpectedWriter> writers = {
+      {"108d88ba-5ee4-11e4-aa15-123b93f75cba",
+       "sum",
+       ".csv",
+       {0},
+       0,
+       "Write summary reports for all collected metrics to CSV file [default]"},
       {"f245366a-c403-478b-aae5-649269da17c7",
        "kelto",
        ".pwr",
