@@ -119,6 +119,17 @@ int collectLive(Collection& collection, Run& run, Watcher& watcher) {
   return run.finish();
 }
 
+/// What was measured cannot be had again, but its results can be made again.
+void keepRecording(const std::string& path, Session& session, const CommonOptions& common) {
+  const bool isPrivate = path.starts_with(session.tempArea().path().string());
+  if (isPrivate) {
+    session.tempArea().keep();
+  }
+  if (isPrivate || common.verbosity > 0) {
+    printError(fmt::format("what was measured is kept: qumetra replay {}", path));
+  }
+}
+
 /// Records first and delivers then. A recording that broke off, say for want of room, is delivered
 /// as far as it came.
 int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
@@ -138,7 +149,11 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
   }
   watcher.progress.clear();
   RecordingReader reader(recordPath, session.freshModel(), run);
-  return std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
+  status = std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
+  if (status != kDone) {
+    keepRecording(recordPath, session, common);
+  }
+  return status;
 }
 
 int collect(const CollectOptions& options, const CommonOptions& common) {
@@ -147,10 +162,11 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
   Run run(session.library(), {.writers = chosenWriters(options.delivery, session.library()),
                               .base = options.delivery.base,
                               .continuous = options.isLive()});
-  requireWritable(run.resultFiles());
+  std::vector<OutputFile> outputs = run.resultFiles();
   if (!options.record.empty()) {
-    requireWritable({options.record});
+    outputs.push_back({.path = options.record, .mayBeLink = true});
   }
+  requireWritable(outputs, "");
   Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
   CollectionOptions settings = collectionOptions(options, common, session, watcher);
   const std::string recordPath = settings.recordPath;

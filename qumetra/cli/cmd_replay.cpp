@@ -1,10 +1,9 @@
 // qumetra replay: delivers a recording to writers.
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -29,12 +28,7 @@ struct ReplayOptions {
   std::string callLog;
 };
 
-/// Makes the call log, which must not be the recording.
-void startCallLog(CallLog& log, const ReplayOptions& options, Environment& environment) {
-  std::error_code ignored;
-  if (std::filesystem::equivalent(options.callLog, options.recording, ignored)) {
-    throw UsageError("the call log would overwrite the recording: " + options.callLog);
-  }
+void startCallLog(CallLog& log, Environment& environment) {
   log.start(environment);
   if (!log.error().empty()) {
     throw UsageError("cannot write the call log: " + log.error());
@@ -69,11 +63,15 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
            .base = options.delivery.base,
            .continuous = options.continuous},
           isLogged ? &log : nullptr);
-  requireWritable(run.resultFiles());
+  std::vector<OutputFile> outputs = run.resultFiles();
+  if (isLogged) {
+    outputs.push_back({.path = options.callLog, .mayBeLink = true});
+  }
+  requireWritable(outputs, options.recording);
   RecordingReader reader(options.recording, session.freshModel(), run);
   useOrder(options.delivery.orderFile, reader);
   if (isLogged) {
-    startCallLog(log, options, session.environment());
+    startCallLog(log, session.environment());
   }
   int status = deliverRecording(reader, run, session.stop(), OnStop::End, common);
   const int logStatus = closeCallLog(log);

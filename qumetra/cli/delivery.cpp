@@ -1,5 +1,6 @@
 #include "qumetra/cli/delivery.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include <CLI/CLI.hpp>
@@ -80,11 +81,20 @@ void requireBaseName(const DeliveryOptions& options) {
   }
 }
 
-void requireWritable(const std::vector<std::string>& files) {
-  for (const std::string& file : files) {
-    const std::string problem = checkOutputFile(file);
+void requireWritable(const std::vector<OutputFile>& files, const std::string& input) {
+  for (auto file = files.begin(); file != files.end(); ++file) {
+    const std::string problem = checkOutputFile(*file);
     if (!problem.empty()) {
       throw UsageError("cannot write results: " + problem);
+    }
+    if (!input.empty() && isSameFile(file->path, input)) {
+      throw UsageError(fmt::format("{} would be written over while it is read", input));
+    }
+    const auto twin = std::find_if(files.begin(), file, [&](const OutputFile& other) {
+      return isSameFile(other.path, file->path);
+    });
+    if (twin != file) {
+      throw UsageError(fmt::format("{} would be written as two results at once", file->path));
     }
   }
 }
@@ -99,6 +109,8 @@ int deliverRecording(RecordingReader& reader, Run& run, const StopSignal& stop, 
     }
   });
   int status = kDone;
+  // What is no recording at all must not empty the results of an earlier one.
+  reader.readLine();
   run.start();
   try {
     readRecording(reader, stop, onStop, progress);
@@ -111,12 +123,16 @@ int deliverRecording(RecordingReader& reader, Run& run, const StopSignal& stop, 
   return status != kDone ? status : writerStatus;
 }
 
-void printSummary(const Run& run, Environment& environment, const CommonOptions& common) {
+void printSummary(Run& run, Environment& environment, const CommonOptions& common) {
+  const bool hasFailed = run.finish() != 0;
   if (common.verbosity == 0) {
     return;
   }
   for (const std::string& problem : run.problems()) {
     printError(problem);
+  }
+  if (hasFailed && common.verbosity < PluginEnvironment::kWarnings) {
+    printError("writers tell their reasons with -v");
   }
   for (const std::string& note : environment.plugin().notes) {
     printNote(note);
