@@ -234,6 +234,12 @@ TEST_F(FilesTest, OpenStoresTheDescriptor) {
   EXPECT_EQ(readFile(m_dir.file("c")), "x");
 }
 
+TEST_F(FilesTest, WithoutAPlaceForTheDescriptorNothingIsOpened) {
+  EXPECT_EQ(pw_open(nullptr, m_dir.file("c"), O_CREAT | O_RDWR), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_FALSE(fs::exists(m_dir.file("c")));
+}
+
 TEST_F(FilesTest, AFailedOpenWarnsAndKeepsErrno) {
   int descriptor = 7;
   const std::string path = m_dir.file("c");
@@ -285,9 +291,11 @@ TEST_F(FilesTest, AFailedReopeningStoresNull) {
   EXPECT_EQ(reopened, nullptr);
 }
 
-TEST_F(FilesTest, ReopeningNoStreamFails) {
-  FILE* reopened = nullptr;
+TEST_F(FilesTest, ReopeningNoStreamStoresNull) {
+  FILE* reopened = stdin;
   EXPECT_EQ(pw_freopen(&reopened, m_dir.file("d"), "w", nullptr), -1);
+  EXPECT_EQ(reopened, nullptr);
+  EXPECT_EQ(pw_freopen(nullptr, m_dir.file("d"), "w", nullptr), -1);
 }
 
 TEST_F(FilesTest, Dup2LetsOneStreamWriteWhereTheOtherDoes) {

@@ -97,11 +97,12 @@ bool openFileHandle(FILE** file, const std::string& path, const std::string& mod
 }
 
 int pw_open(int* descriptor, const std::string& path, int flags) {
-  const int opened = ::open(path.c_str(), flags, c_newFilePermissions);
-  if (descriptor != nullptr) {
-    *descriptor = opened;
+  if (descriptor == nullptr) {
+    errno = EINVAL;
+    return c_allOnes;
   }
-  if (opened >= 0) {
+  *descriptor = ::open(path.c_str(), flags, c_newFilePermissions);
+  if (*descriptor >= 0) {
     return 0;
   }
   warnOfFailedOpen(path);
@@ -129,10 +130,10 @@ bool qm_dirExists(const std::string& path) {
 }
 
 int pw_freopen(FILE** file, const std::string& path, const std::string& mode, FILE* stream) {
-  if (file == nullptr || stream == nullptr) {
+  if (file == nullptr) {
     return c_allOnes;
   }
-  *file = std::freopen(path.c_str(), mode.c_str(), stream);
+  *file = stream != nullptr ? std::freopen(path.c_str(), mode.c_str(), stream) : nullptr;
   return *file != nullptr ? 0 : c_allOnes;
 }
 
