@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "client/src/common/errno_keeper.h"
 #include "client/src/common/error_text.h"
 #include "client/src/common/path_ops.h"
 #include "client/src/common/pw_log.h"
@@ -50,9 +51,8 @@ FILE* makeHandle(const std::string& path, const std::string& mode, int flags) {
   }
   FILE* const handle = ::fdopen(descriptor, mode.c_str());
   if (handle == nullptr) {
-    const int reason = errno;
+    const ErrnoKeeper keeper;
     ::close(descriptor);
-    errno = reason;
   }
   return handle;
 }
@@ -150,9 +150,8 @@ int mkpath(const std::string& path) {
     if (::mkdir(prefix.c_str(), c_newDirectoryPermissions) == 0 || errno == EEXIST) {
       continue;
     }
-    const int reason = errno;
+    const ErrnoKeeper keeper;
     std::perror("mkdir error");
-    errno = reason;
     return c_allOnes;
   }
   return 0;

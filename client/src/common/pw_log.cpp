@@ -6,23 +6,12 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "client/src/common/errno_keeper.h"
 #include "client/src/common/error_text.h"
 #include "client/src/common/number_text.h"
 
 namespace pwr {
 namespace {
-
-/// Keeps `errno` over its life: callers tell their cases from it after they have logged.
-class ErrnoKeeper {
- public:
-  ErrnoKeeper() = default;
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-  ~ErrnoKeeper() { errno = m_kept; }
-
- private:
-  int m_kept = errno;
-};
 
 __attribute__((format(printf, 1, 0))) std::string formatText(const char* format,
                                                              std::va_list arguments) {
