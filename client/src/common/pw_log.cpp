@@ -98,13 +98,26 @@ std::ostream& errorStream() {
   return g_pluginEnvironment->errorLog << "1ERROR: ";
 }
 
-void streamErrnoWarning(const std::string& label) {
-  const int number = errno;
-  const ErrnoKeeper keeper;
+namespace {
+
+std::string errnoLine(const std::string& label, int number) {
   std::string line = label + ": errnum=";
   appendInt(line, number);
-  line += ": " + errorText(number) + "\n";
+  return line + ": " + errorText(number) + "\n";
+}
+
+}  // namespace
+
+void streamErrnoWarning(const std::string& label) {
+  const ErrnoKeeper keeper;
+  const std::string line = errnoLine(label, errno);
   warningStream() << line;
+}
+
+void streamErrnoError(const std::string& label) {
+  const ErrnoKeeper keeper;
+  const std::string line = errnoLine(label, errno);
+  errorStream() << line;
 }
 
 }  // namespace pwr
