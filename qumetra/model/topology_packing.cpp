@@ -95,12 +95,12 @@ void TopTree::serializeTree(Serializer& serializer) const {
 }
 
 int TopTree::deserializeTree(Serializer& serializer) {
-  m_nodes.clear();
+  clear();
   return readTree(*this, serializer, readLocation);
 }
 
 int TopTree::deserializeTreeDeprecated(Serializer& serializer) {
-  m_nodes.clear();
+  clear();
   return readTree(*this, serializer, readDeprecatedLocation);
 }
 
