@@ -104,6 +104,16 @@ TEST_F(OpenFileHandle, ModeAAppends) {
   EXPECT_EQ(readFile(m_dir.file("c")), "old,new");
 }
 
+TEST_F(OpenFileHandle, ModeACanReadBackWithAPlus) {
+  writeFile(m_dir.file("c"), "old,");
+  ASSERT_TRUE(open(m_dir.file("c"), "a+b"));
+  std::fputs("new", m_file);
+  std::rewind(m_file);
+  std::string text(7, '\0');
+  EXPECT_EQ(std::fread(text.data(), 1, text.size(), m_file), text.size());
+  EXPECT_EQ(text, "old,new");
+}
+
 TEST_F(OpenFileHandle, ModeRReads) {
   writeFile(m_dir.file("c"), "x");
   ASSERT_TRUE(open(m_dir.file("c"), "r"));
