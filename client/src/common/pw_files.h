@@ -41,7 +41,8 @@ int mkpath(const std::string& path);
 
 /// The directory for temporary files, which is made when missing; ends in "/". It stands in the
 /// directory that the first of TMPDIR, TMP, TEMP and TEMPDIR names that is set, also when it is
-/// empty; without any in /tmp. "./" when that is no directory or cannot be written to.
+/// empty; without any in /tmp. "./" when that is no directory or the directory cannot be made. A
+/// file that stands in its place is not noticed here: what is opened below it fails.
 std::string qm_temp_directory_path();
 
 /// Sets `out` to the directory of the running program, with a "/" at its end, and returns true. On
