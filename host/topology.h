@@ -1,9 +1,11 @@
 // The processor's topology: packages, modules, cores and hardware threads as a tree.
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -66,11 +68,22 @@ class TopTree {
   int deserializeHGS(Serializer& serializer);
 
  private:
+  /// What tells a node above the threads from all others of its tree.
+  struct Place {
+    const TNode* parent;
+    std::uint32_t kind;
+    std::uint32_t id;
+    auto operator<=>(const Place& other) const = default;
+  };
+
   const TNode* findOrAdd(std::uint32_t kind, std::uint32_t id, const TNode* parent);
   std::size_t count(std::uint32_t kind) const;
+  void clear();
 
   /// A deque, since nodes point at one another.
   std::deque<TNode> m_nodes;
+  /// The nodes above the threads, so that a thread finds its core whatever the number of nodes.
+  std::map<Place, const TNode*> m_aboveThreads;
 };
 
 /// A change of the topology while a collection ran: a hardware thread that came or went.

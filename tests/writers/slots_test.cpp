@@ -1,37 +1,17 @@
-// The order of the virtual operations, which hosts are built against.
-//
-// A pointer to a virtual member function holds 1 + 8 * slot in the Itanium C++ ABI, where a virtual
-// destructor takes two slots. So the tests need no call and no object.
+// The order of the virtual operations and of the fields, which hosts are built against.
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <deque>
-#include <string>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/object_layout.h"
 #include "writers/textwriter_plugin/summary_writer.h"
 #include "writers/writer_plugins.h"
 
 namespace {
 
-#if !defined(__x86_64__)
-#error "Pointers to member functions are laid out otherwise here."
-#endif
-
-constexpr int kDestructorSlots = 2;
-
-/// The slot of a virtual operation, counted from 0; -1 for an operation that is not virtual.
-template <typename MemberFunction>
-int slotOf(MemberFunction function) {
-  std::uintptr_t value = 0;
-  static_assert(sizeof(function) >= sizeof(value));
-  std::memcpy(&value, &function, sizeof(value));
-  if (value % 2 == 0) {
-    return -1;  // The address of a function.
-  }
-  return static_cast<int>((value - 1) / sizeof(void*));
-}
+using qumetra::test::kDestructorSlots;
+using qumetra::test::offsetIn;
+using qumetra::test::slotOf;
 
 template <typename Message>
 int writeMessageSlot() {
@@ -99,12 +79,6 @@ TEST(PluginCapabilitySlots, DestructorIsAllThereIs) {
   EXPECT_EQ(slotOf(&OneMore<pwr::WriterPluginCapability>::next), kDestructorSlots);
 }
 
-/// Where a member stands in its object, in bytes.
-template <typename Object, typename Member>
-std::ptrdiff_t offsetIn(const Object& object, const Member& member) {
-  return reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&object);
-}
-
 TEST(FieldOrder, PluginBeginsWithItsIdBehindTheTable) {
   const Plugin plugin("guid");
   EXPECT_EQ(offsetIn(plugin, plugin.m_id), 8);
@@ -123,6 +97,13 @@ TEST(FieldOrder, CapabilityBeginsWithItsNameBehindTheTable) {
   EXPECT_EQ(offsetIn(capability, capability.m_options), 80);
   EXPECT_EQ(offsetIn(capability, capability.m_flags), 128);
   EXPECT_EQ(offsetIn(capability, capability.m_requirements), 136);
+}
+
+TEST(FieldOrder, WritersCapabilityAddsItsClassesAndThenItsSuffix) {
+  const pwr::WriterPluginCapability capability({}, "name", "description", ".csv", false);
+  EXPECT_EQ(offsetIn(capability, capability.m_tableClasses), sizeof(pwr::PluginCapability));
+  EXPECT_EQ(offsetIn(capability, capability.m_fileSuffix),
+            sizeof(pwr::PluginCapability) + sizeof capability.m_tableClasses);
 }
 
 TEST(FieldOrder, ListHoldsCountThenArray) {

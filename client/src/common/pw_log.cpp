@@ -6,23 +6,12 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "client/src/common/errno_keeper.h"
 #include "client/src/common/error_text.h"
 #include "client/src/common/number_text.h"
 
 namespace pwr {
 namespace {
-
-/// Keeps `errno` over its life: callers tell their cases from it after they have logged.
-class ErrnoKeeper {
- public:
-  ErrnoKeeper() = default;
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-  ~ErrnoKeeper() { errno = m_kept; }
-
- private:
-  int m_kept = errno;
-};
 
 __attribute__((format(printf, 1, 0))) std::string formatText(const char* format,
                                                              std::va_list arguments) {
@@ -109,13 +98,26 @@ std::ostream& errorStream() {
   return g_pluginEnvironment->errorLog << "1ERROR: ";
 }
 
-void streamErrnoWarning(const std::string& label) {
-  const int number = errno;
-  const ErrnoKeeper keeper;
+namespace {
+
+std::string errnoLine(const std::string& label, int number) {
   std::string line = label + ": errnum=";
   appendInt(line, number);
-  line += ": " + errorText(number) + "\n";
+  return line + ": " + errorText(number) + "\n";
+}
+
+}  // namespace
+
+void streamErrnoWarning(const std::string& label) {
+  const ErrnoKeeper keeper;
+  const std::string line = errnoLine(label, errno);
   warningStream() << line;
+}
+
+void streamErrnoError(const std::string& label) {
+  const ErrnoKeeper keeper;
+  const std::string line = errnoLine(label, errno);
+  errorStream() << line;
 }
 
 }  // namespace pwr
