@@ -8,6 +8,7 @@
 #include "writers/autowriter_plugin.h"
 #include "writers/plugin_list.h"
 #include "writers/textwriter_plugin/raw_writer.h"
+#include "writers/textwriter_plugin/summary_writer.h"
 
 namespace pwr {
 
@@ -94,6 +95,7 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
+    &makePlugin<SummaryWriter>,
     &makePlugin<RawWriterV2>,
     &makePlugin<AutoWriter>,
 };
