@@ -2,14 +2,18 @@
 //
 // A pointer to a virtual member function holds 1 + 8 * slot in the Itanium C++ ABI, where a virtual
 // destructor takes two slots. So the tests need no call and no object.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <deque>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "writers/phmwriter_text_plugin/phm_writer.h"
+#include "writers/textwriter_plugin/int_writer.h"
 #include "writers/writer_plugins.h"
 
 namespace {
@@ -89,6 +93,28 @@ TEST(WriterPluginSlots, NextOperationOfAWriterTakesSlotNineteen) {
   EXPECT_EQ(slotOf(&OneMore<WriterPlugin>::next), 19);
 }
 
+TEST(IntWriterSlots, TablesFollowTheWritersOperations) {
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledGeneric), 19);
+  EXPECT_EQ(slotOf(&IntWriterV2::writeTracedMetric), 20);
+  EXPECT_EQ(slotOf(&OneMore<IntWriterV2>::next), 21);
+}
+
+TEST(IntWriterSlots, FrontEndsAndServicesAreNotVirtual) {
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledDeltaMetric), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledResidencyMetric), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::convertTicksToTime), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::getStore), -1);
+}
+
+TEST(PhmTextWriterSlots, TablesTakeTheTraceWritersSlotsAndNothingFollows) {
+  EXPECT_EQ(slotOf(&PhmTextWriter::init), 8);
+  EXPECT_EQ(slotOf(&PhmTextWriter::fini), 9);
+  EXPECT_EQ(slotOf(&PhmTextWriter::writeSampledGeneric), 19);
+  EXPECT_EQ(slotOf(&PhmTextWriter::writeTracedMetric), 20);
+  EXPECT_EQ(slotOf(&PhmTextWriter::flushMetaData), -1);
+  EXPECT_EQ(slotOf(&PhmTextWriter::getStore), -1);
+}
+
 TEST(PluginCapabilitySlots, DestructorIsAllThereIs) {
   EXPECT_EQ(slotOf(&OneMore<pwr::PluginCapability>::next), kDestructorSlots);
   EXPECT_EQ(slotOf(&OneMore<pwr::WriterPluginCapability>::next), kDestructorSlots);
@@ -118,6 +144,29 @@ TEST(FieldOrder, CapabilityBeginsWithItsNameBehindTheTable) {
   EXPECT_EQ(offsetIn(capability, capability.m_options), 80);
   EXPECT_EQ(offsetIn(capability, capability.m_flags), 128);
   EXPECT_EQ(offsetIn(capability, capability.m_requirements), 136);
+}
+
+/// A trace writer that shows where its members stand.
+class OpenedIntWriter : public IntWriterV2 {
+ public:
+  std::vector<std::ptrdiff_t> offsets() const {
+    return {offsetIn(*this, fileSuffix),
+            offsetIn(*this, outputPath),
+            offsetIn(*this, outputFile),
+            offsetIn(*this, timestampFrequency),
+            offsetIn(*this, durationPrecision),
+            offsetIn(*this, globalStartTimestamp),
+            offsetIn(*this, tables),
+            offsetIn(*this, doTimelineTsc),
+            offsetIn(*this, doTimelineResidencyTicks),
+            offsetIn(*this, residencyViews)};
+  }
+};
+
+TEST(FieldOrder, IntWriterBeginsWithItsSuffixBehindTheFrame) {
+  const std::vector<std::ptrdiff_t> offsets = OpenedIntWriter().offsets();
+  EXPECT_EQ(offsets.front(), static_cast<std::ptrdiff_t>(sizeof(WriterPlugin)));
+  EXPECT_TRUE(std::is_sorted(offsets.begin(), offsets.end()));
 }
 
 TEST(FieldOrder, ListHoldsCountThenArray) {

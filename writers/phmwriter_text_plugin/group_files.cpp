@@ -24,7 +24,7 @@ std::FILE* GroupFiles::open(const std::string& group) {
     pwr::logPlainWarning("WARNING: Could not create %s\n", file.path.c_str());
     return nullptr;
   }
-  std::fprintf(file.stream.get(), "%s\n", m_header.c_str());
+  writeLine(file.stream, m_header);
   return m_files.emplace(group, std::move(file)).first->second.stream.get();
 }
 

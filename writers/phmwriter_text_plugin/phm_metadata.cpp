@@ -44,8 +44,8 @@ int PhmTextWriter::flushMetaData() {
     pwr::logPlainWarning("WARNING: Could not create %s\n", path.c_str());
     return 1;
   }
-  std::fprintf(file.get(), "%s\n%s\n", headerText.c_str(),
-               getTitleString("Metric Metadata").c_str());
+  writeLine(file, headerText);
+  writeLine(file, getTitleString("Metric Metadata"));
   std::string text;
   for (const auto& [name, items] : metricMetadata) {
     std::string line = name + ",";
@@ -53,7 +53,7 @@ int PhmTextWriter::flushMetaData() {
       item.toFormattedString(text);
       line += text + ",";
     }
-    std::fprintf(file.get(), "%s\n", line.c_str());
+    writeLine(file, line);
   }
   // An incomplete file is an error in the log; it is no reason to lose the tables.
   closeResultFile(file, path);

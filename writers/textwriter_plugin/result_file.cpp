@@ -10,6 +10,11 @@ ResultFile createResultFile(const std::string& path) {
   return opened ? std::move(result) : nullptr;
 }
 
+void writeLine(const ResultFile& file, const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), file.get());
+  std::fputc('\n', file.get());
+}
+
 bool closeResultFile(ResultFile& file, const std::string& path) {
   const bool hadErrors = std::ferror(file.get()) != 0;
   if (std::fclose(file.release()) != 0 || hadErrors) {
