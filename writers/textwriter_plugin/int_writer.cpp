@@ -11,8 +11,15 @@ namespace {
 
 constexpr const char* kGuid = "b1e44565-005f-46ea-9fbb-34ea6bc01203";
 constexpr const char* kSuffix = "_trace.csv";
-/// The text of an absent cell.
-constexpr const char* kNoValue = "n/a";
+
+// The texts of absent cells, and what stands behind the titles of views.
+const std::string s_noValue = "n/a";
+const std::string s_noTicks = "0";
+const std::string s_noShare = "0.00";
+const std::string s_noSuffix;
+const std::string s_rateSuffix = " : Instantaneous rate";
+const std::string s_timeSuffix = " : Residency Time";
+const std::string s_percentageSuffix = " : Residency Percentage";
 
 constexpr std::int32_t kCommonPrecision = 2;
 constexpr std::int32_t kFinePrecision = 3;
@@ -131,21 +138,21 @@ int IntWriterV2::writeMessage(const pwr::Metric& metric) {
       break;
     case pwr::Metric::SAMPLED_VALUE:
     default:
-      writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity, "",
-                          kNoValue);
+      writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity,
+                          s_noSuffix, s_noValue);
       break;
   }
   return 0;
 }
 
 int IntWriterV2::writeSampledDeltaMetric(const pwr::Metric& metric) {
-  writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity, "",
-                      kNoValue);
+  writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity, s_noSuffix,
+                      s_noValue);
   const pwr::Quantity* rateQuantity = nullptr;
   double scale = 1.0;
   if (metric.quantity != nullptr && metric.quantity->getRateConversion(rateQuantity, scale) == 0) {
     writeSampledGeneric(metric, kRateTable, Calculations::InstantaneousRate, rateQuantity,
-                        " : Instantaneous rate", kNoValue);
+                        s_rateSuffix, s_noValue);
   }
   return 0;
 }
@@ -156,14 +163,15 @@ int IntWriterV2::writeSampledResidencyMetric(const pwr::Metric& metric) {
   const bool wantsTimes = view == Info::kBothViews || view == Info::kTimeView;
   const bool wantsPercentages = view == Info::kBothViews || view == Info::kPercentageView;
   if (wantsTimes && doTimelineResidencyTicks) {
-    writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity, "", "0");
+    writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity,
+                        s_noSuffix, s_noTicks);
   } else if (wantsTimes) {
     writeSampledGeneric(metric, kTimeTable, Calculations::ResidencyTime, metric.quantity,
-                        " : Residency Time", "0");
+                        s_timeSuffix, s_noTicks);
   }
   if (wantsPercentages) {
     writeSampledGeneric(metric, kPercentageTable, Calculations::ResidencyPercentage,
-                        metric.quantity, " : Residency Percentage", "0.00");
+                        metric.quantity, s_percentageSuffix, s_noShare);
   }
   return 0;
 }
