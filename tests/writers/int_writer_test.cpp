@@ -58,6 +58,11 @@ TEST_F(OpenIntWriter, TextsAloneGiveTheirLinesAndNothingElse) {
   EXPECT_EQ(report(), "first\nsecond\nline\n");
 }
 
+TEST_F(OpenIntWriter, TextIsWrittenWithItsZeroBytes) {
+  m_writer->writeMessage(textOf(std::string("before\0after", 12)));
+  EXPECT_EQ(report(), std::string("before\0after\n", 13));
+}
+
 TEST_F(OpenIntWriter, TextsStandAboveAllTables) {
   add(sampledValue(1000).value(m_cpu0, 5));
   m_writer->writeMessage(textOf("late"));

@@ -85,7 +85,7 @@ int IntWriterV2::fini() {
 
 int IntWriterV2::writeMessage(const pwr::TextMessage& message) {
   if (outputFile != nullptr) {
-    std::fprintf(outputFile.get(), "%s\n", message.m_message.c_str());
+    writeLine(outputFile, message.m_message);
   }
   return 0;
 }

@@ -1,5 +1,7 @@
 #include "writers/textwriter_plugin/result_file.h"
 
+#include <utility>
+
 #include "client/src/common/pw_files.h"
 #include "client/src/common/pw_log.h"
 
@@ -12,7 +14,7 @@ ResultFile createResultFile(const std::string& path) {
 
 void writeLine(const ResultFile& file, const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), file.get());
-  std::fputc('\n', file.get());
+  std::fwrite("\n", 1, 1, file.get());
 }
 
 bool closeResultFile(ResultFile& file, const std::string& path) {
