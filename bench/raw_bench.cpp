@@ -138,7 +138,9 @@ std::size_t countText(char* out, std::uint64_t value) {
 class FloorTable {
  public:
   explicit FloorTable(const std::string& path)
-      : m_file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)), m_block(kBlockSize) {}
+      : m_file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)),
+        m_block(kBlockSize),
+        m_outBlock(kBlockSize + 1) {}
   FloorTable(const FloorTable&) = delete;
   FloorTable& operator=(const FloorTable&) = delete;
   ~FloorTable() { ::close(m_file); }
@@ -166,7 +168,7 @@ class FloorTable {
       kept = end - taken;
       std::memmove(m_block.data(), m_block.data() + taken, kept);
     }
-    put("\n");
+    put("\n");  // The block has a byte to spare for it.
     writeOut();
     ::close(m_out);
   }
@@ -204,7 +206,7 @@ class FloorTable {
   std::size_t cells(std::size_t end, std::size_t& column) {
     std::size_t position = 0;
     while (position < end) {
-      const auto length = static_cast<std::size_t>(m_block[position]);
+      const std::size_t length = static_cast<unsigned char>(m_block[position]);
       if (end - position - 1 < length) {
         break;
       }
@@ -216,27 +218,42 @@ class FloorTable {
   }
 
   void padded(std::size_t column, std::string_view text) {
-    static constexpr std::string_view kBlanks = "                                        ";
-    put(column == 0 ? "" : ", ");
-    put(kBlanks.substr(0, m_widths[column] - text.size()));
-    put(text);
-    put(column == kColumns ? "\n" : "");
+    const std::size_t padding = m_widths[column] - text.size();
+    if (kBlockSize - m_outUsed < 3 + padding + text.size()) {
+      writeOut();
+    }
+    char* out = m_outBlock.data() + m_outUsed;
+    if (column > 0) {
+      *out++ = ',';
+      *out++ = ' ';
+    }
+    std::memset(out, ' ', padding);
+    std::memcpy(out + padding, text.data(), text.size());
+    out += padding + text.size();
+    if (column == kColumns) {
+      *out++ = '\n';
+    }
+    m_outUsed = static_cast<std::size_t>(out - m_outBlock.data());
   }
 
   void put(std::string_view text) {
-    if (m_outBlock.size() + text.size() > kBlockSize) {
-      writeOut();
-    }
-    m_outBlock.insert(m_outBlock.end(), text.begin(), text.end());
+    std::memcpy(m_outBlock.data() + m_outUsed, text.data(), text.size());
+    m_outUsed += text.size();
   }
 
-  void writeOut() { qumetra::bench::writeBlock(m_out, m_outBlock); }
+  void writeOut() {
+    if (::write(m_out, m_outBlock.data(), m_outUsed) != static_cast<ssize_t>(m_outUsed)) {
+      std::abort();
+    }
+    m_outUsed = 0;
+  }
 
   int m_file;
   int m_out = -1;
   std::vector<char> m_block;
   std::size_t m_used = 0;
   std::vector<char> m_outBlock;
+  std::size_t m_outUsed = 0;
   std::array<std::size_t, kColumns + 1> m_widths{};
 };
 

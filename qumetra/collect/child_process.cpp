@@ -58,6 +58,7 @@ class ClosingPipe {
 /// The texts as the system takes them: pointers, and a null behind them.
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     pointers.push_back(text.data());
   }

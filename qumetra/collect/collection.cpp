@@ -1,7 +1,5 @@
 #include "qumetra/collect/collection.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -11,13 +9,11 @@
 #include <fmt/ranges.h>
 
 #include "host/configuration.h"
-#include "host/handles.h"
 #include "host/messages.h"
 #include "qumetra/collect/child_process.h"
 #include "qumetra/collect/clock.h"
 #include "qumetra/collect/collector.h"
 #include "qumetra/collect/measurement.h"
-#include "qumetra/collect/named.h"
 #include "qumetra/collect/report_texts.h"
 #include "qumetra/collect/system_scan.h"
 #include "qumetra/collect/tee_sink.h"
@@ -68,8 +64,8 @@ void deliverHeaderTexts(MessageSink& sink, const std::vector<std::string>& lines
   }
 }
 
-/// The order of metrics in reports: as the collectors stand.
-void setMetricOrder(const std::vector<std::unique_ptr<Collector>>& collectors) {
+/// The order of metrics in reports, as the collectors stand.
+pwr::MetricOrder orderOf(const std::vector<std::unique_ptr<Collector>>& collectors) {
   pwr::MetricOrder order;
   for (const auto& collector : collectors) {
     const std::string feature = collector->info().name;
@@ -78,7 +74,7 @@ void setMetricOrder(const std::vector<std::unique_ptr<Collector>>& collectors) {
       order.metricOrder[feature].push_back(metric->spec().name);
     }
   }
-  pwr::WriterInterfaceConfigFileParser::instance()->setOrder(std::move(order));
+  return order;
 }
 
 }  // namespace
@@ -93,12 +89,13 @@ struct Collection::State {
   void notice(const std::string& line);
 
   CollectionSetup setup() const;
-  void startCommand(std::uint64_t now);
+  /// Takes the first reading and starts the command.
+  void start();
   std::unique_ptr<RecordingWriter> startRecording();
   void deliverOpening(MessageSink& sink);
+  MeasurementEnd measure(TeeSink& sink, RecordingWriter* recording, bool isLive);
   void deliverClosing(MessageSink& sink, const CollectionOutcome& outcome);
   void noteEnd(const MeasurementEnd& end, RecordingWriter* recording, MessageSink* live);
-  void noteCommandEnd(MessageSink& sink, const MeasurementEnd& end);
   pwr::SystemMessage systemMessage() const;
 
   CollectionOptions options;
@@ -110,7 +107,6 @@ struct Collection::State {
   std::vector<std::unique_ptr<Collector>> collectors;
   std::vector<std::string> notices;
   std::optional<ChildProcess> command;
-  pwr::Process* process = nullptr;
 };
 
 Collection::Collection(CollectionOptions options, Model& model, StopSignal& stop)
@@ -142,43 +138,24 @@ void Collection::open() {
 
 CollectionResult Collection::run(MessageSink* live) {
   State& state = *m_state;
+  if (state.collectors.empty()) {
+    throw CollectionError("a collection has to be opened before it runs");
+  }
   if (live == nullptr && state.options.recordPath.empty()) {
     throw CollectionError("a collection needs a recording or a sink to deliver to");
   }
-  // The first reading comes before the command, so that the whole of it is measured.
-  state.metadata->m_collectionStartTime = utcNowText();
-  const std::uint64_t start = monotonicTicks();
-  for (const auto& collector : state.collectors) {
-    collector->start(start);
-  }
-  state.metadata->m_firstTimestamp = start;
-  state.metadata->m_lastTimestamp = start;
-  state.startCommand(start);
-  setMetricOrder(state.collectors);
+  state.start();
   const std::unique_ptr<RecordingWriter> recording = state.startRecording();
-
   TeeSink sink{recording.get(), live};
   state.deliverOpening(sink);
-  Measurement measurement(
-      {.start = start,
-       .duration =
-           state.options.duration ? std::optional(ticksOf(*state.options.duration)) : std::nullopt,
-       .interval = ticksOf(state.options.interval),
-       .flushPeriod = ticksOf(state.options.flushPeriod),
-       .isLive = live != nullptr},
-      state.collectors, *state.metadata, state.stop);
-  measurement.setProgress(state.options.progress);
-  const MeasurementEnd end =
-      measurement.run(sink, recording.get(), state.command ? &*state.command : nullptr);
-
+  const MeasurementEnd end = state.measure(sink, recording.get(), live != nullptr);
   state.noteEnd(end, recording.get(), live);
-  state.noteCommandEnd(sink, end);
   state.deliverClosing(sink, end.outcome);
   if (const std::string error = recording ? recording->close() : ""; !error.empty()) {
     throw CollectionError(error);
   }
-  return {.progress = {.elapsed = std::chrono::nanoseconds(end.time - start),
-                       .samples = sink.samples()},
+  const std::uint64_t elapsed = end.time - state.metadata->m_firstTimestamp;
+  return {.progress = {.elapsed = std::chrono::nanoseconds(elapsed), .samples = sink.samples()},
           .stopped = end.outcome.stopped,
           .commandStatus = end.outcome.commandStatus};
 }
@@ -264,15 +241,20 @@ CollectionSetup Collection::State::setup() const {
   return result;
 }
 
-void Collection::State::startCommand(std::uint64_t now) {
-  if (options.command.empty()) {
-    return;
+void Collection::State::start() {
+  metadata->m_collectionStartTime = utcNowText();
+  const std::uint64_t now = monotonicTicks();
+  metadata->m_firstTimestamp = now;
+  metadata->m_lastTimestamp = now;
+  for (const auto& collector : collectors) {
+    collector->start(now);
   }
-  command.emplace(options.command, options.commandEnvironment);
-  process =
-      &model.addProcess(named(options.command.front()), static_cast<std::uint32_t>(command->pid()),
-                        static_cast<std::uint32_t>(::getpid()), options.command.front(),
-                        {.startTime = now, .endTime = 0});
+  // After the first reading, so that the whole of the command is measured.
+  if (!options.command.empty()) {
+    command.emplace(options.command, options.commandEnvironment);
+  }
+  pwr::WriterInterfaceConfigFileParser::instance()->setOrder(
+      options.metricOrder ? *options.metricOrder : orderOf(collectors));
 }
 
 std::unique_ptr<RecordingWriter> Collection::State::startRecording() {
@@ -304,6 +286,18 @@ void Collection::State::deliverOpening(MessageSink& sink) {
   }
 }
 
+MeasurementEnd Collection::State::measure(TeeSink& sink, RecordingWriter* recording, bool isLive) {
+  MeasurementPlan plan;
+  plan.start = metadata->m_firstTimestamp;
+  plan.duration = options.duration ? std::optional(ticksOf(*options.duration)) : std::nullopt;
+  plan.interval = ticksOf(options.interval);
+  plan.flushPeriod = ticksOf(options.flushPeriod);
+  plan.isLive = isLive;
+  Measurement measurement(plan, collectors, *metadata, stop);
+  measurement.setProgress(options.progress);
+  return measurement.run(sink, recording, command ? &*command : nullptr);
+}
+
 void Collection::State::noteEnd(const MeasurementEnd& end, RecordingWriter* recording,
                                 MessageSink* live) {
   metadata->m_lastTimestamp = end.time;
@@ -312,13 +306,6 @@ void Collection::State::noteEnd(const MeasurementEnd& end, RecordingWriter* reco
   }
   if (live != nullptr) {
     live->metadataChanged(*metadata);
-  }
-}
-
-void Collection::State::noteCommandEnd(MessageSink& sink, const MeasurementEnd& end) {
-  if (process != nullptr && end.outcome.commandStatus) {
-    process->setEndTime(end.time);
-    sink.ended(*process);
   }
 }
 

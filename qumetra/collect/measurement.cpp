@@ -34,7 +34,9 @@ Measurement::Measurement(MeasurementPlan plan,
       m_limit(limitOf(plan)),
       m_samples(plan.start, plan.interval),
       m_flushes(plan.start, plan.flushPeriod),
-      m_syncs(plan.start, kSyncTicks) {}
+      m_syncs(plan.start, kSyncTicks) {
+  m_end.time = plan.start;
+}
 
 void Measurement::setProgress(std::function<void(const CollectionProgress&)> progress) {
   m_progress = std::move(progress);

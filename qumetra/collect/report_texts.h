@@ -24,7 +24,7 @@ struct CollectionOutcome {
   std::uint64_t moments = 0;
   std::uint64_t missed = 0;
   bool stopped = false;
-  std::optional<int> commandStatus;
+  std::optional<int> commandStatus = std::nullopt;
 };
 
 /// A time span as people write it: "100 ms", "2.5 s".

@@ -172,6 +172,7 @@ std::vector<Column> residencyTotals(const Grid& grid) {
 std::vector<Cell> residencyTotalsRow(const std::string& name, const Grid& grid) {
   const std::vector<Column> totals = residencyTotals(grid);
   std::vector<const Column*> columns;
+  columns.reserve(totals.size());
   for (const Column& total : totals) {
     columns.push_back(total.totalDuration > 0 ? &total : nullptr);
   }

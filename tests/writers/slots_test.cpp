@@ -14,6 +14,7 @@
 
 #include "writers/phmwriter_text_plugin/phm_writer.h"
 #include "writers/textwriter_plugin/int_writer.h"
+#include "writers/textwriter_plugin/summary_writer.h"
 #include "writers/writer_plugins.h"
 
 namespace {
@@ -113,6 +114,10 @@ TEST(PhmTextWriterSlots, TablesTakeTheTraceWritersSlotsAndNothingFollows) {
   EXPECT_EQ(slotOf(&PhmTextWriter::writeTracedMetric), 20);
   EXPECT_EQ(slotOf(&PhmTextWriter::flushMetaData), -1);
   EXPECT_EQ(slotOf(&PhmTextWriter::getStore), -1);
+}
+
+TEST(WriterPluginSlots, SummaryWriterAddsNone) {
+  EXPECT_EQ(slotOf(&OneMore<SummaryWriter>::next), 19);
 }
 
 TEST(PluginCapabilitySlots, DestructorIsAllThereIs) {

@@ -2,6 +2,7 @@
 #include "writers/textwriter_plugin/summary_writer.h"
 
 #include <stdlib.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <string>
@@ -26,6 +27,13 @@ using qumetra::test::readFile;
 using qumetra::test::reportOf;
 using qumetra::test::ReportWorld;
 using qumetra::test::SpillDir;
+
+/// The most memory that this process has held resident, in KiB.
+long peakMemory() {
+  rusage usage = {};
+  ::getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
 
 /// Shows what a text writer keeps.
 class OpenTextWriter : public TextWriter {
@@ -387,6 +395,22 @@ TEST_F(SummaryWriterTest, MessagesAreTakenThoughNoTempFileCanBeMade) {
   EXPECT_EQ(table(1, 1, "T", "a"), 0);
   EXPECT_EQ(text<pwr::TextMessage>("text"), 0);
   EXPECT_EQ(report(), "\n\nT\n\n");
+}
+
+TEST_F(SummaryWriterTest, TenMillionCellsHoldLittleMemory) {
+  constexpr int kColumns = 100;
+  TableMessage row = makeTable(TableMessage::kValueTable, "T");
+  for (int i = 0; i < kColumns; ++i) {
+    qumetra::test::addShared(row, {m_world.column("c")}, {"1234"});
+  }
+  write(row);
+  const long before = peakMemory();
+  for (int i = 1; i < 10000000 / kColumns; ++i) {
+    ASSERT_EQ(m_writer.writeMessage(row), 0);
+  }
+  EXPECT_EQ(m_writer.fini(), 0);
+  EXPECT_LT(peakMemory() - before, 64 * 1024);
+  EXPECT_GT(fs::file_size(base() + ".csv"), 50000000U);
 }
 
 TEST_F(SummaryWriterTest, TimestampFrequencyIsKept) {

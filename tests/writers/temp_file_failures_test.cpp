@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -191,6 +192,16 @@ TEST_F(TempFileFailure, FileThatCannotBeReopenedIsUnlinkedInTheEnd) {
     flushed(manager);
   }
   EXPECT_TRUE(fs::is_empty(m_dir.path()));
+}
+
+TEST_F(TempFileFailure, TextBeyondTheLengthFieldIsRefusedAndEndsTheTable) {
+  TempFileManager manager(1);
+  // Nothing is read of it, so it need not be there.
+  EXPECT_EQ(manager.pushString(nullptr, std::string_view("x", std::size_t{1} << 31), 0), 1);
+  EXPECT_EQ(manager.pushString(nullptr, "small", 0), 1);
+  EXPECT_EQ(m_log.errors(), Texts({{1, "ERROR: Cannot create temp output file: " + manager.m_path +
+                                           ". error: errnum=27: File too large\n"}}));
+  EXPECT_EQ(flushed(manager).second, "\n\n");
 }
 
 TEST_F(TempFileFailure, NoReportToWriteToIsAFailure) {
