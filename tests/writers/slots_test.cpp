@@ -1,9 +1,14 @@
 // The order of the virtual operations and of the fields, which hosts are built against.
+#include <algorithm>
 #include <cstddef>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "tests/support/object_layout.h"
+#include "writers/phmwriter_text_plugin/phm_writer.h"
+#include "writers/textwriter_plugin/int_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
 #include "writers/writer_plugins.h"
 
@@ -70,6 +75,28 @@ TEST(WriterPluginSlots, NextOperationOfAWriterTakesSlotNineteen) {
   EXPECT_EQ(slotOf(&OneMore<WriterPlugin>::next), 19);
 }
 
+TEST(IntWriterSlots, TablesFollowTheWritersOperations) {
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledGeneric), 19);
+  EXPECT_EQ(slotOf(&IntWriterV2::writeTracedMetric), 20);
+  EXPECT_EQ(slotOf(&OneMore<IntWriterV2>::next), 21);
+}
+
+TEST(IntWriterSlots, FrontEndsAndServicesAreNotVirtual) {
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledDeltaMetric), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledResidencyMetric), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::convertTicksToTime), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::getStore), -1);
+}
+
+TEST(PhmTextWriterSlots, TablesTakeTheTraceWritersSlotsAndNothingFollows) {
+  EXPECT_EQ(slotOf(&PhmTextWriter::init), 8);
+  EXPECT_EQ(slotOf(&PhmTextWriter::fini), 9);
+  EXPECT_EQ(slotOf(&PhmTextWriter::writeSampledGeneric), 19);
+  EXPECT_EQ(slotOf(&PhmTextWriter::writeTracedMetric), 20);
+  EXPECT_EQ(slotOf(&PhmTextWriter::flushMetaData), -1);
+  EXPECT_EQ(slotOf(&PhmTextWriter::getStore), -1);
+}
+
 TEST(WriterPluginSlots, SummaryWriterAddsNone) {
   EXPECT_EQ(slotOf(&OneMore<SummaryWriter>::next), 19);
 }
@@ -104,6 +131,29 @@ TEST(FieldOrder, WritersCapabilityAddsItsClassesAndThenItsSuffix) {
   EXPECT_EQ(offsetIn(capability, capability.m_tableClasses), sizeof(pwr::PluginCapability));
   EXPECT_EQ(offsetIn(capability, capability.m_fileSuffix),
             sizeof(pwr::PluginCapability) + sizeof capability.m_tableClasses);
+}
+
+/// A trace writer that shows where its members stand.
+class OpenedIntWriter : public IntWriterV2 {
+ public:
+  std::vector<std::ptrdiff_t> offsets() const {
+    return {offsetIn(*this, fileSuffix),
+            offsetIn(*this, outputPath),
+            offsetIn(*this, outputFile),
+            offsetIn(*this, timestampFrequency),
+            offsetIn(*this, durationPrecision),
+            offsetIn(*this, globalStartTimestamp),
+            offsetIn(*this, tables),
+            offsetIn(*this, doTimelineTsc),
+            offsetIn(*this, doTimelineResidencyTicks),
+            offsetIn(*this, residencyViews)};
+  }
+};
+
+TEST(FieldOrder, IntWriterBeginsWithItsSuffixBehindTheFrame) {
+  const std::vector<std::ptrdiff_t> offsets = OpenedIntWriter().offsets();
+  EXPECT_EQ(offsets.front(), static_cast<std::ptrdiff_t>(sizeof(WriterPlugin)));
+  EXPECT_TRUE(std::is_sorted(offsets.begin(), offsets.end()));
 }
 
 TEST(FieldOrder, ListHoldsCountThenArray) {
