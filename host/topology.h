@@ -1,10 +1,10 @@
 // The processor's topology: packages, modules, cores and hardware threads as a tree.
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -73,7 +73,13 @@ class TopTree {
     const TNode* parent;
     std::uint32_t kind;
     std::uint32_t id;
-    auto operator<=>(const Place& other) const = default;
+    bool operator<(const Place& other) const {
+      if (parent != other.parent) {
+        // Only std::less orders pointers to separate nodes.
+        return std::less<>()(parent, other.parent);
+      }
+      return kind != other.kind ? kind < other.kind : id < other.id;
+    }
   };
 
   const TNode* findOrAdd(std::uint32_t kind, std::uint32_t id, const TNode* parent);

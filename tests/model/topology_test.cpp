@@ -1,8 +1,8 @@
 #include "host/topology.h"
 
-#include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -131,7 +131,7 @@ TEST(TopTree, CoreOfAPackageIsNoCoreOfItsModule) {
 
 TEST(TopTree, ManyPackagesAreAddedCopiedAndReadQuickly) {
   constexpr std::uint32_t kThreads = 100'000;
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   TopTree tree;
   for (std::uint32_t i = 0; i < kThreads; ++i) {
     tree.addThread({i, {}, 0, i});
@@ -143,7 +143,7 @@ TEST(TopTree, ManyPackagesAreAddedCopiedAndReadQuickly) {
   TopTree read;
   EXPECT_EQ(read.deserializeTree(serializer), 0);
   // Looking through all packages for each thread would take minutes.
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_LT(std::clock() - start, 10 * CLOCKS_PER_SEC);
   EXPECT_EQ(read.getNumPackages(), kThreads);
   EXPECT_EQ(read.getNumCores(), kThreads);
   EXPECT_EQ(read.getNumThreads(), kThreads + 1);
