@@ -17,6 +17,7 @@
 #include "qumetra/cli/progress.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/collection.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/order_file.h"
 #include "qumetra/run/output_check.h"
@@ -148,8 +149,11 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
     status = kWrongInput;
   }
   watcher.progress.clear();
-  RecordingReader reader(recordPath, session.freshModel(), run);
-  status = std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
+  Model& model = session.freshModel();
+  SummaryFromSamples summary(model, run);
+  RecordingReader reader(recordPath, model, summary);
+  status = std::max(status,
+                    deliverRecording(reader, summary, run, session.stop(), OnStop::GoOn, common));
   if (status != kDone) {
     keepRecording(recordPath, session, common);
   }
