@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -131,6 +133,13 @@ void keepRecording(const std::string& path, Session& session, const CommonOption
   }
 }
 
+/// Whether the recording holds anything. One that broke off early may hold nothing.
+bool isEmptyFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  return error || size == 0;
+}
+
 /// Records first and delivers then. A recording that broke off, say for want of room, is delivered
 /// as far as it came.
 int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
@@ -141,7 +150,7 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
   } catch (const CommandError&) {
     throw;
   } catch (const CollectionError& error) {
-    if (!watcher.hasSamples) {
+    if (!watcher.hasSamples || isEmptyFile(recordPath)) {
       throw;
     }
     watcher.progress.clear();
@@ -168,7 +177,7 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
                               .continuous = options.isLive()});
   std::vector<OutputFile> outputs = run.resultFiles();
   if (!options.record.empty()) {
-    outputs.push_back({.path = options.record, .mayBeLink = true});
+    outputs.push_back({.path = options.record, .mayBeLink = true, .mustBeRegular = true});
   }
   requireWritable(outputs, "");
   Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
