@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -17,6 +19,7 @@
 #include "qumetra/cli/progress.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/collection.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/order_file.h"
 #include "qumetra/run/output_check.h"
@@ -130,6 +133,13 @@ void keepRecording(const std::string& path, Session& session, const CommonOption
   }
 }
 
+/// Whether the recording holds anything. One that broke off early may hold nothing.
+bool isEmptyFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  return error || size == 0;
+}
+
 /// Records first and delivers then. A recording that broke off, say for want of room, is delivered
 /// as far as it came.
 int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
@@ -140,7 +150,7 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
   } catch (const CommandError&) {
     throw;
   } catch (const CollectionError& error) {
-    if (!watcher.hasSamples) {
+    if (!watcher.hasSamples || isEmptyFile(recordPath)) {
       throw;
     }
     watcher.progress.clear();
@@ -148,8 +158,11 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
     status = kWrongInput;
   }
   watcher.progress.clear();
-  RecordingReader reader(recordPath, session.freshModel(), run);
-  status = std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
+  Model& model = session.freshModel();
+  SummaryFromSamples summary(model, run);
+  RecordingReader reader(recordPath, model, summary);
+  status = std::max(status,
+                    deliverRecording(reader, summary, run, session.stop(), OnStop::GoOn, common));
   if (status != kDone) {
     keepRecording(recordPath, session, common);
   }
@@ -164,7 +177,7 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
                               .continuous = options.isLive()});
   std::vector<OutputFile> outputs = run.resultFiles();
   if (!options.record.empty()) {
-    outputs.push_back({.path = options.record, .mayBeLink = true});
+    outputs.push_back({.path = options.record, .mayBeLink = true, .mustBeRegular = true});
   }
   requireWritable(outputs, "");
   Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};

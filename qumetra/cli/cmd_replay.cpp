@@ -12,6 +12,7 @@
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
 #include "qumetra/cli/session.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/call_log.h"
 #include "qumetra/run/order_file.h"
@@ -68,12 +69,14 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
     outputs.push_back({.path = options.callLog, .mayBeLink = true});
   }
   requireWritable(outputs, options.recording);
-  RecordingReader reader(options.recording, session.freshModel(), run);
+  Model& model = session.freshModel();
+  SummaryFromSamples summary(model, run);
+  RecordingReader reader(options.recording, model, summary);
   useOrder(options.delivery.orderFile, reader);
   if (isLogged) {
     startCallLog(log, session.environment());
   }
-  int status = deliverRecording(reader, run, session.stop(), OnStop::End, common);
+  int status = deliverRecording(reader, summary, run, session.stop(), OnStop::End, common);
   const int logStatus = closeCallLog(log);
   printSummary(run, session.environment(), common);
   status = status == kWrongInput ? status : std::max(status, logStatus);

@@ -15,6 +15,7 @@ class Environment;
 class RecordingReader;
 class Run;
 class StopSignal;
+class SummaryFromSamples;
 class WriterLibrary;
 }  // namespace qumetra
 
@@ -49,10 +50,11 @@ void requireWritable(const std::vector<OutputFile>& files, const std::string& in
 enum class OnStop { End, GoOn };
 
 /// Starts the run, delivers the recording to it and finishes it, whatever happens between. Returns
-/// the exit status; a fault of the recording has been printed. A fault in its very first line throws
-/// `RecordingError` before the run is started.
-int deliverRecording(RecordingReader& reader, Run& run, const StopSignal& stop, OnStop onStop,
-                     const CommonOptions& common);
+/// the exit status; a fault of the recording has been printed. A fault in its very first line
+/// throws `RecordingError` before the run is started. REQUIRES: `reader` delivers to `summary`, and
+/// that to `run`.
+int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& run,
+                     const StopSignal& stop, OnStop onStop, const CommonOptions& common);
 
 /// Finishes the run where that is not done, and prints what went wrong in it and the remarks about
 /// the platform, unless the user wants silence, and for those who want to know more what was

@@ -32,9 +32,13 @@ bool isKernelDirectory(const std::string& path) {
          (status.f_type == PROC_SUPER_MAGIC || status.f_type == SYSFS_MAGIC);
 }
 
-std::string checkExistingFile(const std::string& path, const struct stat& status) {
+std::string checkExistingFile(const OutputFile& file, const struct stat& status) {
+  const std::string& path = file.path;
   if (S_ISDIR(status.st_mode)) {
     return reason(path, EISDIR);
+  }
+  if (file.mustBeRegular && !S_ISREG(status.st_mode)) {
+    return path + ": is no regular file";
   }
   const int error = accessError(path, W_OK);
   return error != 0 ? reason(path, error) : std::string();
@@ -83,7 +87,7 @@ std::string checkOutputFile(const OutputFile& file) {
     return path + ": is a symbolic link, which results are not written through";
   }
   if (::stat(path.c_str(), &status) == 0) {
-    return checkExistingFile(path, status);
+    return checkExistingFile(file, status);
   }
   if (errno != ENOENT) {
     return reason(path, errno);

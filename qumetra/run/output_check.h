@@ -13,6 +13,8 @@ struct OutputFile {
   std::string path;
   /// Whether it may be a symbolic link. Writers of results do not follow one.
   bool mayBeLink = false;
+  /// Whether it has to be a regular file, which can be written over in the middle.
+  bool mustBeRegular = false;
 };
 
 /// The files that a writer is known to make for an output base name. Writers that add names of

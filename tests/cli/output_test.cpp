@@ -14,6 +14,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class Output : public ::testing::Test {
@@ -91,6 +92,27 @@ TEST_F(Output, LimitOfFileSizeIsAFailedWriteAndNotTheEnd) {
   const ToolResult result = m_tool.run({"replay", recording, "-r", "raw", "-o", "x"});
   EXPECT_LT(result.status, 128);
   EXPECT_THAT(result.err, HasSubstr("Could not write"));
+}
+
+TEST_F(Output, RecordThatIsNoRegularFileIsToldBeforeTheCollection) {
+  const ToolResult result = m_tool.run({"collect", "--record", "/dev/full", "--", "touch", "x"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("qumetra: cannot write results: /dev/full: is no regular file\n", result.err);
+  EXPECT_TRUE(m_tool.files().empty());
+}
+
+TEST_F(Output, RecordingOfWhichNothingIsThereIsNotReadBack) {
+  // Standard error is no file, so that the limit does not silence it.
+  m_tool.useTerminal();
+  ToolResult result;
+  {
+    const FileSizeLimit limit(0);
+    result = m_tool.run({"collect", "-t", "0.1", "-i", "20", "--record", "z.qmrec", "-r", "raw"});
+  }
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.err, HasSubstr("qumetra: z.qmrec: File too large"));
+  EXPECT_THAT(result.err, Not(HasSubstr("z.qmrec:1")));
+  EXPECT_THAT(m_tool.files(), ElementsAre("z.qmrec"));
 }
 
 TEST_F(Output, FailedResultKeepsWhatWasMeasured) {
