@@ -6,6 +6,7 @@
 
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
+#include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/phmwriter_text_plugin/phm_writer.h"
 #include "writers/plugin_list.h"
 #include "writers/textwriter_plugin/int_writer.h"
@@ -98,6 +99,7 @@ namespace {
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
     &makePlugin<SummaryWriter>,
+    &makePlugin<KeltoWriter>,
     &makePlugin<RawWriterV2>,
     &makePlugin<IntWriterV2>,
     &makePlugin<PhmTextWriter>,

@@ -32,6 +32,34 @@ class NoEnvironment {
   PluginEnvironment* m_former = g_pluginEnvironment;
 };
 
+TEST(LogNote, GoesToTheWarningSinkWhateverTheVerbosity) {
+  const LogCapture log(kQuiet);
+  logNote("Note: %s\n", "text");
+  EXPECT_THAT(log.warnings(), ElementsAre(Pair(0, "Note: text\n")));
+  EXPECT_THAT(log.errors(), IsEmpty());
+}
+
+TEST(LogFatal, GoesToTheErrorSinkWhateverTheVerbosity) {
+  const LogCapture log(kQuiet);
+  logFatal("FATAL: %d\n", 7);
+  EXPECT_THAT(log.errors(), ElementsAre(Pair(0, "FATAL: 7\n")));
+  EXPECT_THAT(log.warnings(), IsEmpty());
+}
+
+TEST(LogNote, IsSilentWithoutAnEnvironment) {
+  const NoEnvironment none;
+  logNote("Note\n");
+  logFatal("FATAL\n");
+  EXPECT_FALSE(plainWarningsShow());
+}
+
+TEST(LogPlainWarning, TellsWhetherItShows) {
+  const LogCapture log(kErrors);
+  EXPECT_FALSE(plainWarningsShow());
+  g_pluginEnvironment->verbosity = kWarnings;
+  EXPECT_TRUE(plainWarningsShow());
+}
+
 TEST(LogError, ShowsAboveVerbosityZero) {
   const LogCapture log(kErrors);
   logError("ERROR: %s %d\n", "disk", 7);

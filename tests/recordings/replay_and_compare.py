@@ -4,8 +4,9 @@
 usage: replay_and_compare.py TOOL RECORDING WRITER [OUTPUT_NAME]
 
 The expected results of NAME.qmrec are all files NAME.* and NAME_* beside it. NAME.stdout is what the
-tool prints; NAME.csv is the result OUTPUT_NAME.csv, and so on. OUTPUT_NAME is NAME unless it is given.
-Of the files NAME_*, there must be no others among the results.
+tool prints; NAME.csv is the result OUTPUT_NAME.csv, and so on. NAME.pwr.hex is the result
+OUTPUT_NAME.pwr as hexadecimal digits, with a remark behind each "#". OUTPUT_NAME is NAME unless it is
+given. Of the files NAME_*, there must be no others among the results.
 """
 
 import os
@@ -33,6 +34,18 @@ def expected_results(recording):
             if path.suffix != ".qmrec" and not path.name.startswith(tuple(others))]
 
 
+def hex_difference(path, actual):
+    """The same for a result that is told in hexadecimal digits."""
+    offset = 0
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        want = bytes.fromhex(line.partition("#")[0])
+        got = actual[offset:offset + len(want)]
+        if want != got:
+            return f"line {number}, offset {offset}: expected {want.hex(' ')}, got {got.hex(' ')}"
+        offset += len(want)
+    return "" if offset == len(actual) else f"expected {offset} bytes, got {len(actual)}"
+
+
 def main():
     tool, recording, writer = sys.argv[1], pathlib.Path(sys.argv[2]).resolve(), sys.argv[3]
     output = sys.argv[4] if len(sys.argv) > 4 else recording.stem
@@ -49,7 +62,8 @@ def main():
             print(f"{tool} ended with status {run.returncode}:\n{run.stderr.decode()}")
             return 1
         for path in expected:
-            result = pathlib.Path(directory, output + path.name[len(recording.stem):])
+            suffix = path.name[len(recording.stem):]
+            result = pathlib.Path(directory, output + suffix.removesuffix(".hex"))
             if path.suffix == ".stdout":
                 actual = run.stdout
             else:
@@ -57,7 +71,8 @@ def main():
                 if not result.is_file():
                     print(f"{result.name} was not written")
                     failed = True
-            told = difference(path.read_bytes(), actual)
+            told = (hex_difference(path, actual) if path.suffix == ".hex"
+                    else difference(path.read_bytes(), actual))
             if told:
                 print(f"{path.name}: {told}")
                 failed = True

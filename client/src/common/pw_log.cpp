@@ -1,7 +1,6 @@
 #include "client/src/common/pw_log.h"
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -12,21 +11,6 @@
 
 namespace pwr {
 namespace {
-
-__attribute__((format(printf, 1, 0))) std::string formatText(const char* format,
-                                                             std::va_list arguments) {
-  std::va_list again;
-  va_copy(again, arguments);
-  std::string text;
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  if (length > 0) {
-    // The terminator's place is the string's own.
-    text.resize(static_cast<std::size_t>(length));
-    std::vsnprintf(text.data(), text.size() + 1, format, again);
-  }
-  va_end(again);
-  return text;
-}
 
 bool shows(std::uint32_t level) {
   return g_pluginEnvironment != nullptr && g_pluginEnvironment->verbosity >= level;
@@ -44,28 +28,70 @@ std::ostream& quietStream() {
 
 }  // namespace
 
+std::string formatText(const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  std::string text;
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  if (length > 0) {
+    // The terminator's place is the string's own.
+    text.resize(static_cast<std::size_t>(length));
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
+  }
+  va_end(again);
+  return text;
+}
+
+namespace {
+
+__attribute__((format(printf, 3, 0))) void logTo(LogSink& sink, int level, const char* format,
+                                                 std::va_list arguments) {
+  const ErrnoKeeper keeper;
+  sink.log(level, formatText(format, arguments).c_str());
+}
+
+}  // namespace
+
+bool plainWarningsShow() { return shows(PluginEnvironment::kWarnings); }
+
+void logNote(const char* format, ...) {
+  if (!shows(PluginEnvironment::kQuiet)) {
+    return;
+  }
+  std::va_list arguments;
+  va_start(arguments, format);
+  logTo(g_pluginEnvironment->warningLog, LogSink::kNote, format, arguments);
+  va_end(arguments);
+}
+
+void logFatal(const char* format, ...) {
+  if (!shows(PluginEnvironment::kQuiet)) {
+    return;
+  }
+  std::va_list arguments;
+  va_start(arguments, format);
+  logTo(g_pluginEnvironment->errorLog, LogSink::kNote, format, arguments);
+  va_end(arguments);
+}
+
 void logError(const char* format, ...) {
   if (!shows(PluginEnvironment::kErrors)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->errorLog, LogSink::kError, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->errorLog.log(LogSink::kError, text.c_str());
 }
 
 void logPlainWarning(const char* format, ...) {
   if (!shows(PluginEnvironment::kWarnings)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->warningLog, LogSink::kWarning, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->warningLog.log(LogSink::kWarning, text.c_str());
 }
 
 void logTaggedWarning(const char* tag, const char* format, ...) {
@@ -75,12 +101,10 @@ void logTaggedWarning(const char* tag, const char* format, ...) {
   if (!shows(PluginEnvironment::kWarnings) && !g_pluginEnvironment->enabledTags.contains(tag)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->warningLog, LogSink::kWarning, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->warningLog.log(LogSink::kWarning, text.c_str());
 }
 
 // The number in front of a streamed line is the level; readers of the log expect it there.

@@ -4,6 +4,7 @@
 // nothing is said. `errno` is kept by all of them. Not synchronised.
 #pragma once
 
+#include <cstdarg>
 #include <ostream>
 #include <string>
 
@@ -23,6 +24,19 @@ void logPlainWarning(const char* format, ...) __attribute__((format(printf, 1, 2
 /// Logs a warning at level 2, when warnings show or the user has switched `tag` on.
 void logTaggedWarning(const char* tag, const char* format, ...)
     __attribute__((format(printf, 2, 3)));
+
+/// Logs a note at level 0 to the warning sink, whatever the verbosity.
+void logNote(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Logs at level 0 to the error sink, whatever the verbosity.
+void logFatal(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+/// Whether plain warnings show: for texts that cost something to make.
+bool plainWarningsShow();
+
+/// The text that `format` makes of `arguments`.
+__attribute__((format(printf, 1, 0))) std::string formatText(const char* format,
+                                                             std::va_list arguments);
 
 /// The stream for a warning that is inserted piece by piece. When warnings show, the stream is the
 /// warning sink and has got "2WARNING: " already (the digit is part of the line); otherwise it is
