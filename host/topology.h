@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -66,11 +68,28 @@ class TopTree {
   int deserializeHGS(Serializer& serializer);
 
  private:
+  /// What tells a node above the threads from all others of its tree.
+  struct Place {
+    const TNode* parent;
+    std::uint32_t kind;
+    std::uint32_t id;
+    bool operator<(const Place& other) const {
+      if (parent != other.parent) {
+        // Only std::less orders pointers to separate nodes.
+        return std::less<>()(parent, other.parent);
+      }
+      return kind != other.kind ? kind < other.kind : id < other.id;
+    }
+  };
+
   const TNode* findOrAdd(std::uint32_t kind, std::uint32_t id, const TNode* parent);
   std::size_t count(std::uint32_t kind) const;
+  void clear();
 
   /// A deque, since nodes point at one another.
   std::deque<TNode> m_nodes;
+  /// The nodes above the threads, so that a thread finds its core whatever the number of nodes.
+  std::map<Place, const TNode*> m_aboveThreads;
 };
 
 /// A change of the topology while a collection ran: a hardware thread that came or went.

@@ -14,7 +14,8 @@ PluginList* makePluginList(std::span<const PluginMaker> makers, void* (*allocate
   // NOLINTNEXTLINE(bugprone-sizeof-expression): the array holds pointers.
   list->plugins = static_cast<Plugin**>(allocate(plugins.size() * sizeof(Plugin*)));
   if (list->plugins == nullptr) {
-    // The plug-ins are let go, not destroyed: required, see the header.
+    // Let go, not destroyed: without a list a host can only end, and the plug-ins' destructors may
+    // ask for memory that is not there.
     for (std::unique_ptr<Plugin>& plugin : plugins) {
       static_cast<void>(plugin.release());
     }

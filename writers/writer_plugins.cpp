@@ -7,7 +7,9 @@
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
+#include "writers/phmwriter_text_plugin/phm_writer.h"
 #include "writers/plugin_list.h"
+#include "writers/textwriter_plugin/int_writer.h"
 #include "writers/textwriter_plugin/raw_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
 
@@ -99,6 +101,8 @@ constexpr std::array kMakers = {
     &makePlugin<SummaryWriter>,
     &makePlugin<KeltoWriter>,
     &makePlugin<RawWriterV2>,
+    &makePlugin<IntWriterV2>,
+    &makePlugin<PhmTextWriter>,
     &makePlugin<AutoWriter>,
 };
 

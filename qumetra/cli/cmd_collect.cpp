@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -17,6 +19,7 @@
 #include "qumetra/cli/progress.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/collection.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/order_file.h"
 #include "qumetra/run/output_check.h"
@@ -119,6 +122,24 @@ int collectLive(Collection& collection, Run& run, Watcher& watcher) {
   return run.finish();
 }
 
+/// What was measured cannot be had again, but its results can be made again.
+void keepRecording(const std::string& path, Session& session, const CommonOptions& common) {
+  const bool isPrivate = path.starts_with(session.tempArea().path().string());
+  if (isPrivate) {
+    session.tempArea().keep();
+  }
+  if (isPrivate || common.verbosity > 0) {
+    printError(fmt::format("what was measured is kept: qumetra replay {}", path));
+  }
+}
+
+/// Whether the recording holds anything. One that broke off early may hold nothing.
+bool isEmptyFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  return error || size == 0;
+}
+
 /// Records first and delivers then. A recording that broke off, say for want of room, is delivered
 /// as far as it came.
 int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
@@ -129,7 +150,7 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
   } catch (const CommandError&) {
     throw;
   } catch (const CollectionError& error) {
-    if (!watcher.hasSamples) {
+    if (!watcher.hasSamples || isEmptyFile(recordPath)) {
       throw;
     }
     watcher.progress.clear();
@@ -137,8 +158,15 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
     status = kWrongInput;
   }
   watcher.progress.clear();
-  RecordingReader reader(recordPath, session.freshModel(), run);
-  return std::max(status, deliverRecording(reader, run, session.stop(), OnStop::GoOn, common));
+  Model& model = session.freshModel();
+  SummaryFromSamples summary(model, run);
+  RecordingReader reader(recordPath, model, summary);
+  status = std::max(status,
+                    deliverRecording(reader, summary, run, session.stop(), OnStop::GoOn, common));
+  if (status != kDone) {
+    keepRecording(recordPath, session, common);
+  }
+  return status;
 }
 
 int collect(const CollectOptions& options, const CommonOptions& common) {
@@ -147,10 +175,11 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
   Run run(session.library(), {.writers = chosenWriters(options.delivery, session.library()),
                               .base = options.delivery.base,
                               .continuous = options.isLive()});
-  requireWritable(run.resultFiles());
+  std::vector<OutputFile> outputs = run.resultFiles();
   if (!options.record.empty()) {
-    requireWritable({options.record});
+    outputs.push_back({.path = options.record, .mayBeLink = true, .mustBeRegular = true});
   }
+  requireWritable(outputs, "");
   Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
   CollectionOptions settings = collectionOptions(options, common, session, watcher);
   const std::string recordPath = settings.recordPath;

@@ -1,10 +1,9 @@
 // qumetra replay: delivers a recording to writers.
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -13,6 +12,7 @@
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
 #include "qumetra/cli/session.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/call_log.h"
 #include "qumetra/run/order_file.h"
@@ -29,12 +29,7 @@ struct ReplayOptions {
   std::string callLog;
 };
 
-/// Makes the call log, which must not be the recording.
-void startCallLog(CallLog& log, const ReplayOptions& options, Environment& environment) {
-  std::error_code ignored;
-  if (std::filesystem::equivalent(options.callLog, options.recording, ignored)) {
-    throw UsageError("the call log would overwrite the recording: " + options.callLog);
-  }
+void startCallLog(CallLog& log, Environment& environment) {
   log.start(environment);
   if (!log.error().empty()) {
     throw UsageError("cannot write the call log: " + log.error());
@@ -69,13 +64,19 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
            .base = options.delivery.base,
            .continuous = options.continuous},
           isLogged ? &log : nullptr);
-  requireWritable(run.resultFiles());
-  RecordingReader reader(options.recording, session.freshModel(), run);
+  std::vector<OutputFile> outputs = run.resultFiles();
+  if (isLogged) {
+    outputs.push_back({.path = options.callLog, .mayBeLink = true});
+  }
+  requireWritable(outputs, options.recording);
+  Model& model = session.freshModel();
+  SummaryFromSamples summary(model, run);
+  RecordingReader reader(options.recording, model, summary);
   useOrder(options.delivery.orderFile, reader);
   if (isLogged) {
-    startCallLog(log, options, session.environment());
+    startCallLog(log, session.environment());
   }
-  int status = deliverRecording(reader, run, session.stop(), OnStop::End, common);
+  int status = deliverRecording(reader, summary, run, session.stop(), OnStop::End, common);
   const int logStatus = closeCallLog(log);
   printSummary(run, session.environment(), common);
   status = status == kWrongInput ? status : std::max(status, logStatus);

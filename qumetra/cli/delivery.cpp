@@ -1,5 +1,6 @@
 #include "qumetra/cli/delivery.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include <CLI/CLI.hpp>
@@ -10,6 +11,7 @@
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/progress.h"
 #include "qumetra/collect/stop_signal.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/model/environment.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/output_check.h"
@@ -31,17 +33,19 @@ std::string describe(const RecordingReader& reader) {
   return fmt::format("replaying: {:.0f} % of {:.1f} MiB", 100.0 * read / size, size / kBytesPerMiB);
 }
 
-/// Reads to the end, or to the first stop request where that ends it. Throws `RecordingError`.
-void readRecording(RecordingReader& reader, const StopSignal& stop, OnStop onStop,
+/// Reads to the end, or to the first stop request where that ends it. Returns whether it was read
+/// to the end. Throws `RecordingError`.
+bool readRecording(RecordingReader& reader, const StopSignal& stop, OnStop onStop,
                    Progress& progress) {
   while (onStop == OnStop::GoOn || !stop.stopRequested()) {
     if (!reader.readLine()) {
-      return;
+      return true;
     }
     if (progress.due()) {
       progress.show(describe(reader));
     }
   }
+  return false;
 }
 
 }  // namespace
@@ -80,43 +84,66 @@ void requireBaseName(const DeliveryOptions& options) {
   }
 }
 
-void requireWritable(const std::vector<std::string>& files) {
-  for (const std::string& file : files) {
-    const std::string problem = checkOutputFile(file);
+void requireWritable(const std::vector<OutputFile>& files, const std::string& input) {
+  for (auto file = files.begin(); file != files.end(); ++file) {
+    const std::string problem = checkOutputFile(*file);
     if (!problem.empty()) {
       throw UsageError("cannot write results: " + problem);
+    }
+    if (!input.empty() && isSameFile(file->path, input)) {
+      throw UsageError(fmt::format("{} would be written over while it is read", input));
+    }
+    const auto twin = std::find_if(files.begin(), file, [&](const OutputFile& other) {
+      return isSameFile(other.path, file->path);
+    });
+    if (twin != file) {
+      throw UsageError(fmt::format("{} would be written as two results at once", file->path));
     }
   }
 }
 
-int deliverRecording(RecordingReader& reader, Run& run, const StopSignal& stop, OnStop onStop,
-                     const CommonOptions& common) {
+int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& run,
+                     const StopSignal& stop, OnStop onStop, const CommonOptions& common) {
   Progress progress(common.verbosity > 0, std::chrono::seconds(1));
-  reader.setWarningHandler([&](const std::string& text) {
-    if (common.verbosity > 0) {
-      progress.clear();
-      printNote(text);
-    }
-  });
+  const auto unlessQuiet = [&](void (*print)(const std::string&)) {
+    return [&progress, &common, print](const std::string& text) {
+      if (common.verbosity > 0) {
+        progress.clear();
+        print(text);
+      }
+    };
+  };
+  reader.setWarningHandler(unlessQuiet(printNote));
+  reader.setNoteHandler([&summary](std::string_view text) { summary.note(text); });
   int status = kDone;
+  bool isWhole = true;
+  // What is no recording at all must not empty the results of an earlier one.
+  reader.readLine();
   run.start();
   try {
-    readRecording(reader, stop, onStop, progress);
+    isWhole = readRecording(reader, stop, onStop, progress);
   } catch (const RecordingError& error) {
     progress.clear();
     printNote(error.what());
     status = kWrongInput;
   }
+  if (isWhole) {
+    summary.finish(unlessQuiet(printError));
+  }
   const int writerStatus = run.finish();
   return status != kDone ? status : writerStatus;
 }
 
-void printSummary(const Run& run, Environment& environment, const CommonOptions& common) {
+void printSummary(Run& run, Environment& environment, const CommonOptions& common) {
+  const bool hasFailed = run.finish() != 0;
   if (common.verbosity == 0) {
     return;
   }
   for (const std::string& problem : run.problems()) {
     printError(problem);
+  }
+  if (hasFailed && common.verbosity < PluginEnvironment::kWarnings) {
+    printError("writers tell their reasons with -v");
   }
   for (const std::string& note : environment.plugin().notes) {
     printNote(note);

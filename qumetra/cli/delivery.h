@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "qumetra/run/output_check.h"
+
 namespace CLI {
 class App;
 }
@@ -13,6 +15,7 @@ class Environment;
 class RecordingReader;
 class Run;
 class StopSignal;
+class SummaryFromSamples;
 class WriterLibrary;
 }  // namespace qumetra
 
@@ -39,20 +42,23 @@ std::vector<std::string> chosenWriters(const DeliveryOptions& options,
 /// Throws `UsageError` when the base has no name behind its directory.
 void requireBaseName(const DeliveryOptions& options);
 
-/// Throws `UsageError` when one of the files cannot be made or written over. Makes and changes
-/// nothing.
-void requireWritable(const std::vector<std::string>& files);
+/// Throws `UsageError` when one of the files cannot be made or written over, or when two of them,
+/// or one and `input`, are the same file. Makes and changes nothing. `input` is empty for none.
+void requireWritable(const std::vector<OutputFile>& files, const std::string& input);
 
 /// Whether the delivery of a recording ends with a stop request or goes on to its end.
 enum class OnStop { End, GoOn };
 
 /// Starts the run, delivers the recording to it and finishes it, whatever happens between. Returns
-/// the exit status; a fault of the recording has been printed.
-int deliverRecording(RecordingReader& reader, Run& run, const StopSignal& stop, OnStop onStop,
-                     const CommonOptions& common);
+/// the exit status; a fault of the recording has been printed. A fault in its very first line
+/// throws `RecordingError` before the run is started. REQUIRES: `reader` delivers to `summary`, and
+/// that to `run`.
+int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& run,
+                     const StopSignal& stop, OnStop onStop, const CommonOptions& common);
 
-/// Prints what went wrong in the run and the remarks about the platform, unless the user wants
-/// silence, and for those who want to know more what was delivered.
-void printSummary(const Run& run, Environment& environment, const CommonOptions& common);
+/// Finishes the run where that is not done, and prints what went wrong in it and the remarks about
+/// the platform, unless the user wants silence, and for those who want to know more what was
+/// delivered.
+void printSummary(Run& run, Environment& environment, const CommonOptions& common);
 
 }  // namespace qumetra::cli

@@ -31,6 +31,7 @@ class Session {
   ~Session();
 
   Environment& environment() { return *m_environment; }
+  TempArea& tempArea() { return m_tempArea; }
   const TempArea& tempArea() const { return m_tempArea; }
   WriterLibrary& library() { return *m_library; }
   StopSignal& stop() { return m_stop; }

@@ -88,6 +88,8 @@ std::vector<std::string> changedEnvironment(const EnvironmentChanges& changes) {
   sigset_t none;
   ::sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
+  // Caught signals are back at their defaults by themselves, ignored ones are not.
+  ::signal(SIGXFSZ, SIG_DFL);
   ::execvpe(arguments[0], arguments, environment);
   const int error = errno;
   [[maybe_unused]] const auto ignored = ::write(failurePipe, &error, sizeof error);

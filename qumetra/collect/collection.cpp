@@ -15,6 +15,7 @@
 #include "qumetra/collect/collector.h"
 #include "qumetra/collect/measurement.h"
 #include "qumetra/collect/report_texts.h"
+#include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/collect/system_scan.h"
 #include "qumetra/collect/tee_sink.h"
 #include "qumetra/collect/topology_scan.h"
@@ -268,6 +269,7 @@ std::unique_ptr<RecordingWriter> Collection::State::startRecording() {
     }
     throw CollectionError(recording->error());
   }
+  recording->note(std::string(kCollectionNote));
   recording->config();
   return recording;
 }

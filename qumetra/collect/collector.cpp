@@ -25,7 +25,7 @@ void Collector::sample(std::uint64_t now, MessageSink& sink) {
 
 void Collector::summarise(SummaryContext& context) {
   for (const auto& metric : m_metrics) {
-    deliverSummary(*metric, context);
+    deliverSummary(metric->spec(), metric->columns(), context);
   }
 }
 

@@ -47,7 +47,7 @@ MetricSpec cpuStateSpec(const std::string& name, pwr::Metric::MetricType type) {
   spec.type = type;
   spec.stateTitle = "State";
   spec.entityTitle = "CPU";
-  spec.totalsName = "All CPUs";
+  spec.totalsName = totalsNameFor(spec.entityTitle);
   return spec;
 }
 

@@ -86,7 +86,7 @@ void CpuTimeCollector::addCpuTime(CollectorContext& context) {
   spec.valueTitle = "Residency";
   spec.stateTitle = "Mode";
   spec.entityTitle = "CPU";
-  spec.totalsName = "All CPUs";
+  spec.totalsName = totalsNameFor(spec.entityTitle);
   m_cpuTime = &addMetric(context, spec);
   for (const CpuTimes& times : m_stat.cpus) {
     addCpu(times.cpu);

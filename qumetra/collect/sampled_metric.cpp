@@ -38,6 +38,10 @@ bool holdsState(const std::vector<pwr::Data>& states, const pwr::DataDescriptor&
 
 }  // namespace
 
+std::string totalsNameFor(const std::string& entityTitle) {
+  return entityTitle == "CPU" ? "All CPUs" : "";
+}
+
 SampledMetric::SampledMetric(Model& model, const MetricSpec& spec)
     : m_spec(spec), m_metric(describe(model, spec)) {}
 
@@ -71,8 +75,7 @@ void SampledMetric::announce(MessageSink& sink) {
 
 void SampledMetric::set(std::size_t column, std::uint64_t value, std::uint64_t duration) {
   Column& target = m_columns[column];
-  target.totalValue += value;
-  target.totalDuration += duration;
+  target.add(value, duration);
   // The descriptor serves the import stream as well, hence twice.
   m_elements.emplace_back(target.entity, target.state, target.state, pwr::Data(value), duration,
                           nullptr);

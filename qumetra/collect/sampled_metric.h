@@ -28,6 +28,10 @@ struct MetricSpec {
   std::string totalsName;
 };
 
+/// The totals' name of a metric over entities with this title: those over single CPUs have totals,
+/// others have none. A recording does not tell it, so that it follows from what a recording tells.
+std::string totalsNameFor(const std::string& entityTitle);
+
 /// A metric whose values are unsigned numbers: counts, or ticks of a residency. A column is one
 /// state of one entity. Columns are added at any time; those known before `announce` are told to
 /// readers in advance.
@@ -44,6 +48,11 @@ class SampledMetric {
     const pwr::DataDescriptor* state;
     std::uint64_t totalValue = 0;
     std::uint64_t totalDuration = 0;
+
+    void add(std::uint64_t value, std::uint64_t duration) {
+      totalValue += value;
+      totalDuration += duration;
+    }
   };
 
   /// The model is borrowed for the call; what is made lives in it.

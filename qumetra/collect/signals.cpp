@@ -14,7 +14,7 @@
 namespace qumetra {
 namespace {
 
-constexpr std::array<int, 8> kCaught = {SIGINT, SIGTERM, SIGUSR1, SIGSEGV,
+constexpr std::array<int, 9> kCaught = {SIGINT, SIGTERM, SIGUSR1, SIGXFSZ, SIGSEGV,
                                         SIGBUS, SIGFPE,  SIGILL,  SIGABRT};
 
 // What the handlers use. They run between any two instructions, so all of it is atomic or set
@@ -86,6 +86,9 @@ struct sigaction actionFor(int number) {
       break;
     case SIGUSR1:
       action.sa_handler = onFlush;
+      break;
+    case SIGXFSZ:
+      action.sa_handler = SIG_IGN;
       break;
     default:
       action.sa_sigaction = onCrash;

@@ -14,6 +14,7 @@ class StopSignal;
 /// - A second one leaves at once: the last words go to standard error, and the process ends with
 ///   status 128 and the signal's number.
 /// - SIGUSR1 becomes a flush request.
+/// - SIGXFSZ is ignored: a file that reaches the limit of its size is a failed write like any other.
 /// - SIGSEGV, SIGBUS, SIGFPE, SIGILL and SIGABRT print the last words and then do what they would
 ///   have done.
 ///

@@ -13,7 +13,6 @@
 #include "host/table.h"
 #include "qumetra/collect/clock.h"
 #include "qumetra/collect/named.h"
-#include "qumetra/collect/sampled_metric.h"
 #include "qumetra/model/message_sink.h"
 #include "qumetra/model/model.h"
 
@@ -30,11 +29,11 @@ constexpr int kSecondsDecimals = 3;
 /// A table whose rows are delivered one by one: key columns, then field columns.
 class RowTable {
  public:
-  RowTable(const SampledMetric& metric, const std::string& title, SummaryContext& context)
+  RowTable(const MetricSpec& spec, const std::string& title, SummaryContext& context)
       : m_context(context) {
     m_table.m_id = context.nextTableId++;
-    m_table.m_metricId = metric.spec().metricId;
-    m_table.setTitle(metric.spec().name + title);
+    m_table.m_metricId = spec.metricId;
+    m_table.setTitle(spec.name + title);
   }
 
   void addKey(const std::string& name) {
@@ -179,9 +178,8 @@ std::vector<Cell> residencyTotalsRow(const std::string& name, const Grid& grid) 
   return residencyRow(name, columns);
 }
 
-void deliverResidency(const SampledMetric& metric, const Grid& grid, SummaryContext& context) {
-  const MetricSpec& spec = metric.spec();
-  RowTable table(metric, " Summary: Residency (Percentage and Time)", context);
+void deliverResidency(const MetricSpec& spec, const Grid& grid, SummaryContext& context) {
+  RowTable table(spec, " Summary: Residency (Percentage and Time)", context);
   table.addKey(spec.entityTitle);
   addResidencyFields(table, grid);
   if (!spec.totalsName.empty()) {
@@ -264,9 +262,8 @@ class CounterRows {
   double m_factor;
 };
 
-void deliverCounter(const SampledMetric& metric, const Grid& grid, SummaryContext& context) {
-  const MetricSpec& spec = metric.spec();
-  RowTable table(metric, " Summary: Average Rate and Total", context);
+void deliverCounter(const MetricSpec& spec, const Grid& grid, SummaryContext& context) {
+  RowTable table(spec, " Summary: Average Rate and Total", context);
   table.addKey(spec.entityTitle);
   if (grid.states().size() > 1) {
     table.addKey(spec.stateTitle);
@@ -283,15 +280,16 @@ void deliverCounter(const SampledMetric& metric, const Grid& grid, SummaryContex
 
 }  // namespace
 
-void deliverSummary(const SampledMetric& metric, SummaryContext& context) {
-  if (metric.columns().empty()) {
+void deliverSummary(const MetricSpec& spec, const std::vector<Column>& columns,
+                    SummaryContext& context) {
+  if (columns.empty()) {
     return;
   }
-  const Grid grid(metric.columns());
-  if (metric.spec().type == pwr::Metric::SAMPLED_RESIDENCY) {
-    deliverResidency(metric, grid, context);
+  const Grid grid(columns);
+  if (spec.type == pwr::Metric::SAMPLED_RESIDENCY) {
+    deliverResidency(spec, grid, context);
   } else {
-    deliverCounter(metric, grid, context);
+    deliverCounter(spec, grid, context);
   }
 }
 

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
+
+#include "qumetra/collect/sampled_metric.h"
 
 namespace qumetra {
 
 class MessageSink;
 class Model;
-class SampledMetric;
 
 /// Where summary tables go.
 struct SummaryContext {
@@ -29,6 +31,7 @@ struct SummaryContext {
 /// the total. The row of totals has the sums of both.
 ///
 /// What was never measured is an empty cell.
-void deliverSummary(const SampledMetric& metric, SummaryContext& context);
+void deliverSummary(const MetricSpec& spec, const std::vector<SampledMetric::Column>& columns,
+                    SummaryContext& context);
 
 }  // namespace qumetra

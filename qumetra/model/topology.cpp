@@ -30,11 +30,18 @@ void TopTree::addThread(const ThreadLocation& location) {
 }
 
 const TNode* TopTree::findOrAdd(std::uint32_t kind, std::uint32_t id, const TNode* parent) {
-  // From the back, since threads come grouped by what they belong to.
-  const auto found = std::find_if(m_nodes.rbegin(), m_nodes.rend(), [&](const TNode& node) {
-    return node.kind == kind && node.id == id && node.parent == parent;
-  });
-  return found != m_nodes.rend() ? &*found : &m_nodes.emplace_back(TNode{id, kind, parent});
+  const Place place{parent, kind, id};
+  if (const auto found = m_aboveThreads.find(place); found != m_aboveThreads.end()) {
+    return found->second;
+  }
+  const TNode* const added = &m_nodes.emplace_back(TNode{id, kind, parent});
+  m_aboveThreads.emplace(place, added);
+  return added;
+}
+
+void TopTree::clear() {
+  m_aboveThreads.clear();
+  m_nodes.clear();
 }
 
 std::size_t TopTree::count(std::uint32_t kind) const {

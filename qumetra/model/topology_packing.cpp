@@ -1,4 +1,5 @@
 // The topology's packed forms.
+#include "client/src/common/packed_numbers.h"
 #include "client/src/common/serializer.h"
 #include "host/topology.h"
 
@@ -11,17 +12,6 @@
 namespace pwr {
 
 namespace {
-
-template <typename Number>
-void writeNumber(Serializer& serializer, Number value) {
-  serializer.write_to(&value, sizeof value);
-}
-
-/// False when the bytes fall short.
-template <typename Number>
-bool readNumber(Serializer& serializer, Number& value) {
-  return serializer.read_from(&value, sizeof value) == sizeof value;
-}
 
 /// Reads one thread's place; false when the bytes fall short.
 using ReadLocation = bool (*)(Serializer&, ThreadLocation&);
@@ -105,12 +95,12 @@ void TopTree::serializeTree(Serializer& serializer) const {
 }
 
 int TopTree::deserializeTree(Serializer& serializer) {
-  m_nodes.clear();
+  clear();
   return readTree(*this, serializer, readLocation);
 }
 
 int TopTree::deserializeTreeDeprecated(Serializer& serializer) {
-  m_nodes.clear();
+  clear();
   return readTree(*this, serializer, readDeprecatedLocation);
 }
 

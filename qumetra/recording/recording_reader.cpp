@@ -59,6 +59,7 @@ struct RecordingReader::State {
   DefinitionRecords definitionRecords;
   MessageRecords messageRecords;
   WarningHandler warn = [](const std::string&) {};
+  NoteHandler note = [](std::string_view) {};
   bool hasVersion = false;
   bool hasConfig = false;
   bool keepsOrder = false;
@@ -74,6 +75,8 @@ RecordingReader::~RecordingReader() = default;
 void RecordingReader::setWarningHandler(WarningHandler handler) {
   m_state->warn = std::move(handler);
 }
+
+void RecordingReader::setNoteHandler(NoteHandler handler) { m_state->note = std::move(handler); }
 
 void RecordingReader::keepMetricOrder() { m_state->keepsOrder = true; }
 
@@ -143,8 +146,9 @@ void RecordingReader::State::readKind(std::string_view kind, RecordObject& recor
     return;
   }
   if (kind == "note") {
-    record.string("text");
+    const std::string text = record.string("text");
     record.finish();
+    note(text);
   } else if (kind == "recording") {
     version(record);
   } else if (kind == "config") {

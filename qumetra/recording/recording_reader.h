@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace qumetra {
 
@@ -27,6 +28,7 @@ class RecordingError : public std::runtime_error {
 class RecordingReader {
  public:
   using WarningHandler = std::function<void(const std::string& text)>;
+  using NoteHandler = std::function<void(std::string_view text)>;
 
   /// Opens the file. Throws `RecordingError` when that fails.
   RecordingReader(const std::string& path, Model& model, MessageSink& sink);
@@ -36,6 +38,8 @@ class RecordingReader {
 
   /// Gets the warnings, without a line end. By default they are dropped.
   void setWarningHandler(WarningHandler handler);
+  /// Gets the texts of `note` records, in the order of the recording. By default they are dropped.
+  void setNoteHandler(NoteHandler handler);
 
   /// From now on a `config` record is checked but leaves the process-wide order as it is, for a
   /// user who has given an order of their own.

@@ -32,9 +32,13 @@ bool isKernelDirectory(const std::string& path) {
          (status.f_type == PROC_SUPER_MAGIC || status.f_type == SYSFS_MAGIC);
 }
 
-std::string checkExistingFile(const std::string& path, const struct stat& status) {
+std::string checkExistingFile(const OutputFile& file, const struct stat& status) {
+  const std::string& path = file.path;
   if (S_ISDIR(status.st_mode)) {
     return reason(path, EISDIR);
+  }
+  if (file.mustBeRegular && !S_ISREG(status.st_mode)) {
+    return path + ": is no regular file";
   }
   const int error = accessError(path, W_OK);
   return error != 0 ? reason(path, error) : std::string();
@@ -63,27 +67,44 @@ std::string checkDirectory(std::filesystem::path directory) {
 
 }  // namespace
 
-std::vector<std::string> resultFiles(const LoadedWriter& writer, const std::string& base) {
+std::vector<OutputFile> resultFiles(const LoadedWriter& writer, const std::string& base) {
   // Two writers make other files than their suffix says.
   if (writer.option == "auto") {
-    return {"Automation_Summary.csv"};
+    // Only a backslash ends a directory for it, and it appends to whatever file there is.
+    const std::string directory = base.substr(0, base.rfind('\\') + 1);
+    return {{.path = directory + "Automation_Summary.csv", .mayBeLink = true}};
   }
   if (writer.option == "phm-csv") {
-    return {base + "_phm.csv", base + "_meta_phm.csv"};
+    return {{base + "_phm.csv"}, {base + "_meta_phm.csv"}};
   }
-  return {base + writer.suffix};
+  return {{base + writer.suffix}};
 }
 
-std::string checkOutputFile(const std::string& path) {
+std::string checkOutputFile(const OutputFile& file) {
+  const std::string& path = file.path;
   struct stat status {};
+  if (!file.mayBeLink && ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+    return path + ": is a symbolic link, which results are not written through";
+  }
   if (::stat(path.c_str(), &status) == 0) {
-    return checkExistingFile(path, status);
+    return checkExistingFile(file, status);
   }
   if (errno != ENOENT) {
     return reason(path, errno);
   }
   const std::filesystem::path directory = std::filesystem::path(path).parent_path();
   return checkDirectory(directory.empty() ? "." : directory);
+}
+
+bool isSameFile(const std::string& first, const std::string& second) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  if (fs::equivalent(first, second, error)) {
+    return true;
+  }
+  const fs::path one = fs::weakly_canonical(fs::absolute(first, error), error);
+  const fs::path other = fs::weakly_canonical(fs::absolute(second, error), error);
+  return !one.empty() && one == other;
 }
 
 }  // namespace qumetra

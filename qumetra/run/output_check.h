@@ -8,12 +8,24 @@ namespace qumetra {
 
 struct LoadedWriter;
 
+/// A file that is going to be made or written over.
+struct OutputFile {
+  std::string path;
+  /// Whether it may be a symbolic link. Writers of results do not follow one.
+  bool mayBeLink = false;
+  /// Whether it has to be a regular file, which can be written over in the middle.
+  bool mustBeRegular = false;
+};
+
 /// The files that a writer is known to make for an output base name. Writers that add names of
 /// groups or numbers make more, in the same directory.
-std::vector<std::string> resultFiles(const LoadedWriter& writer, const std::string& base);
+std::vector<OutputFile> resultFiles(const LoadedWriter& writer, const std::string& base);
 
-/// Whether `path` can be made or written over. Makes and changes nothing. A missing directory is
+/// Whether the file can be made or written over. Makes and changes nothing. A missing directory is
 /// fine when it could be made. Returns "PATH: reason", or nothing when all is well.
-std::string checkOutputFile(const std::string& path);
+std::string checkOutputFile(const OutputFile& file);
+
+/// Whether the two paths mean the same file, be it there or not.
+bool isSameFile(const std::string& first, const std::string& second);
 
 }  // namespace qumetra

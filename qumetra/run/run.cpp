@@ -159,7 +159,10 @@ void Run::State::beginCollection(const pwr::SystemMetadata& metadata) {
 Run::Run(WriterLibrary& library, RunOptions options, CallLog* callLog)
     : m_state(std::make_unique<State>(library, std::move(options), callLog)) {}
 
-Run::~Run() { finish(); }
+Run::~Run() {
+  // Writers cannot let anything pass here, but keeping note of a failure can.
+  static_cast<void>(thrownBy([this] { finish(); }));
+}
 
 int Run::start() {
   m_state->start();
@@ -238,10 +241,10 @@ std::vector<std::string> Run::writerNames() const {
   return names;
 }
 
-std::vector<std::string> Run::resultFiles() const {
-  std::vector<std::string> files;
+std::vector<OutputFile> Run::resultFiles() const {
+  std::vector<OutputFile> files;
   for (const Driven& driven : m_state->writers) {
-    for (std::string& file : qumetra::resultFiles(*driven.writer, m_state->options.base)) {
+    for (OutputFile& file : qumetra::resultFiles(*driven.writer, m_state->options.base)) {
       files.push_back(std::move(file));
     }
   }

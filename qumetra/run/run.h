@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "qumetra/model/message_sink.h"
+#include "qumetra/run/output_check.h"
 #include "qumetra/run/run_error.h"
 
 namespace qumetra {
@@ -68,7 +69,7 @@ class Run : public MessageSink {
   /// The writers of the run by option name, in their order.
   std::vector<std::string> writerNames() const;
   /// The files that these writers are known to make.
-  std::vector<std::string> resultFiles() const;
+  std::vector<OutputFile> resultFiles() const;
   std::uint64_t samplesDelivered() const;
   /// What went wrong so far, one line each, without a line end: every failed `init` and `fini`, a
   /// refused reset, and the first thing that each writer threw.

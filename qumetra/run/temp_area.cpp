@@ -14,10 +14,11 @@ namespace {
 
 constexpr const char* kVariable = "TMPDIR";
 
-/// The base as the writers' own search for a place finds it.
+/// The base as the writers' own search for a place finds it, but an empty variable names none.
 std::string temporaryBase() {
   for (const char* name : {kVariable, "TMP", "TEMP", "TEMPDIR"}) {
-    if (const char* value = std::getenv(name)) {
+    const char* value = std::getenv(name);
+    if (value != nullptr && *value != '\0') {
       return value;
     }
   }
@@ -53,8 +54,10 @@ TempArea::~TempArea() {
   } else {
     ::unsetenv(kVariable);
   }
-  std::error_code ignored;
-  std::filesystem::remove_all(m_path, ignored);
+  if (!m_isKept) {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
 }
 
 }  // namespace qumetra

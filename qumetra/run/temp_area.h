@@ -9,7 +9,7 @@ namespace qumetra {
 
 /// Makes a fresh directory that only its owner can enter (mode 0700) and points the writers there:
 /// two runs at once, or a stranger in /tmp, cannot touch a run's spill files. The base is the first
-/// of TMPDIR, TMP, TEMP and TEMPDIR that is set, else /tmp; while the area lives, TMPDIR names the
+/// of TMPDIR, TMP, TEMP and TEMPDIR that is not empty, else /tmp; while the area lives, TMPDIR names the
 /// directory. At the end the directory goes with all it holds and TMPDIR is what it was. After a
 /// crash or a second Ctrl-C no end is reached and the directory stays: see `SignalWatch`.
 ///
@@ -25,11 +25,15 @@ class TempArea {
 
   const std::filesystem::path& path() const { return m_path; }
 
+  /// The directory stays at the end, with what it then holds.
+  void keep() { m_isKept = true; }
+
   /// TMPDIR as it was, for programs that are started meanwhile; empty when it was not set.
   const std::optional<std::string>& formerTmpdir() const { return m_formerTmpdir; }
 
  private:
   std::filesystem::path m_path;
+  bool m_isKept = false;
   std::optional<std::string> m_formerTmpdir;
 };
 

@@ -102,6 +102,20 @@ TEST_F(Collect, RecordingReplaysToTheSameSummary) {
   EXPECT_EQ(collected, summary());
 }
 
+TEST_F(Collect, KilledCollectionLeavesARecordingThatReplaysToASummary) {
+  m_tool.start({"collect", "-r", "auto", "-i", "20", "-t", "100", "--record", "kept.qmrec"});
+  ASSERT_TRUE(eventually([&] {
+    return std::filesystem::exists(m_tool.file("kept.qmrec")) &&
+           readFile(m_tool.file("kept.qmrec")).find("{\"sample\"") != std::string::npos;
+  }));
+  m_tool.sendSignal(SIGKILL);
+  EXPECT_EQ(128 + SIGKILL, m_tool.wait().status);
+  const ToolResult result = m_tool.run({"replay", "kept.qmrec", "-r", "auto"});
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.err, HasSubstr("qumetra: the collection did not end in order"));
+  EXPECT_THAT(summary(), HasSubstr(",CPU Time Summary: Residency (Percentage and Time)_CPU 0_"));
+}
+
 TEST_F(Collect, LiveCollectionDeliversToo) {
   EXPECT_EQ(0, collect({"-t", "0.3", "--continuous", "0.1"}).status);
   EXPECT_EQ(2, summaryLines());

@@ -134,7 +134,7 @@ TEST_F(Replay, CallLogMustNotBeTheRecording) {
   const ToolResult result =
       m_tool.run({"replay", m_recording, "-r", "auto", "--call-log", "./r.qmrec"});
   EXPECT_EQ(2, result.status);
-  EXPECT_EQ("qumetra: the call log would overwrite the recording: ./r.qmrec\n", result.err);
+  EXPECT_EQ("qumetra: " + m_recording + " would be written over while it is read\n", result.err);
   EXPECT_EQ(std::string(kFirst) + '\n' + kSystem + '\n', readFile(m_recording));
 }
 

@@ -96,14 +96,20 @@ class FakeReplay : public ::testing::Test {
 TEST_F(FakeReplay, FailedInitIsStatusOne) {
   const ToolResult result = replay("badinit,last");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("qumetra: writer badinit: init failed\n", result.err);
+  EXPECT_EQ(
+      "qumetra: writer badinit: init failed\n"
+      "qumetra: writers tell their reasons with -v\n",
+      result.err);
   EXPECT_EQ("", result.out);
 }
 
 TEST_F(FakeReplay, FailedFiniIsStatusOne) {
   const ToolResult result = replay("badfini");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("qumetra: writer badfini: fini failed\n", result.err);
+  EXPECT_EQ(
+      "qumetra: writer badfini: fini failed\n"
+      "qumetra: writers tell their reasons with -v\n",
+      result.err);
 }
 
 TEST_F(FakeReplay, ThrowingWriterEndsNothing) {

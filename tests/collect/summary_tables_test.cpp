@@ -31,7 +31,9 @@ class SummaryTest : public testing::Test {
     result.totalsName = "All CPUs";
     return result;
   }
-  void deliver(const SampledMetric& metric) { deliverSummary(metric, context); }
+  void deliver(const SampledMetric& metric) {
+    deliverSummary(metric.spec(), metric.columns(), context);
+  }
 
   Model model;
   KeepingSink sink;

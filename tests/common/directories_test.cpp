@@ -1,5 +1,6 @@
 // The directories of pw_files.
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <map>
@@ -37,6 +38,17 @@ TEST_F(Mkpath, TakesThePartBehindTheLastSlashForAFile) {
 TEST_F(Mkpath, MakesAllPartsOfAPathThatEndsInASlash) {
   EXPECT_EQ(mkpath(m_dir.file("one//two/")), 0);
   EXPECT_TRUE(fs::is_directory(m_dir.file("one/two")));
+}
+
+TEST_F(Mkpath, LetsAllDoAllInWhatItMakesWhereTheUserMasksNothing) {
+  const mode_t former = ::umask(0);
+  EXPECT_EQ(mkpath(m_dir.file("one/two/")), 0);
+  ::umask(former);
+  for (const char* name : {"one", "one/two"}) {
+    struct stat status {};
+    ASSERT_EQ(::stat(m_dir.file(name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0777U) << name;
+  }
 }
 
 TEST_F(Mkpath, OfARelativePathWorksFromHere) {
@@ -120,6 +132,15 @@ TEST_F(TempDirectoryPath, AnEmptyVariableCountsAsSet) {
   set("TMPDIR", "");
   set("TMP", m_dir.path().string());
   EXPECT_EQ(qm_temp_directory_path(), "./");
+}
+
+TEST_F(TempDirectoryPath, AFileInItsPlaceIsTakenForItAsMakingADirectoryThereIsNoFailure) {
+  writeFile(m_dir.file("qumetra_tmp"), "");
+  set("TMPDIR", m_dir.path().string());
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(qm_temp_directory_path(), m_dir.path().string() + "/qumetra_tmp/");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_TRUE(fs::is_regular_file(m_dir.file("qumetra_tmp")));
 }
 
 TEST_F(TempDirectoryPath, ADirectoryThatCannotBeMadeYieldsTheCurrentDirectory) {

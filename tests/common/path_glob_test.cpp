@@ -1,5 +1,7 @@
 #include "client/src/common/path_glob.h"
 
+#include <glob.h>
+
 #include <deque>
 #include <filesystem>
 #include <string>
@@ -8,6 +10,21 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/temp_dir.h"
+
+using GlobErrorHandler = int (*)(const char*, int);
+
+/// The library's `glob` goes through here, so that a test can let it run out of memory.
+namespace wrapped {
+bool g_memorySuffices = true;
+
+int realGlob(const char* pattern, int flags, GlobErrorHandler handler,
+             glob_t* found) asm("__real_glob");
+int globOrFail(const char* pattern, int flags, GlobErrorHandler handler,
+               glob_t* found) asm("__wrap_glob");
+int globOrFail(const char* pattern, int flags, GlobErrorHandler handler, glob_t* found) {
+  return g_memorySuffices ? realGlob(pattern, flags, handler, found) : GLOB_NOSPACE;
+}
+}  // namespace wrapped
 
 namespace pwr {
 namespace {
@@ -177,6 +194,22 @@ TEST_F(DoGlob, ResultsAreAppended) {
   std::deque<std::string> results{"old"};
   EXPECT_TRUE(doGlob("*", results));
   EXPECT_THAT(results, ElementsAre("old", "a"));
+}
+
+TEST_F(DoGlob, AFileNameWithANewlineIsOneResult) {
+  make("a\nb");
+  EXPECT_THAT(glob("a*"), ElementsAre("a\nb"));
+}
+
+TEST_F(DoGlob, WithoutMemoryItFailsInTheWordsThatCallersKnow) {
+  make("a");
+  std::deque<std::string> results{"old"};
+  wrapped::g_memorySuffices = false;
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(doGlob("*", results));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "popen error: Cannot allocate memory\n");
+  EXPECT_THAT(results, ElementsAre("old"));
+  wrapped::g_memorySuffices = true;
 }
 
 TEST_F(DoGlob, OddPatternsDoNoHarm) {

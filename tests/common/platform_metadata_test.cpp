@@ -310,6 +310,12 @@ TEST(PCHMetadata, TheEnergyReportingEntriesAreItsConfiguration) {
               ElementsAre(Pair("AXI", 31U), Pair("BXI", 12U)));
 }
 
+TEST(PCHMetadata, TheFirstPartOfAKeyCountsWhereverItsMarkStands) {
+  PCHMetadata pch;
+  pch.m_values = {{"ENERGY-REPORTING_X", "7"}};
+  EXPECT_THAT(pch.getEnergyReportingConfiguration(), ElementsAre(Pair("ENERGY-REPORTING", 7U)));
+}
+
 TEST(PCHMetadata, KeysWithoutOneUnderlineAreIgnored) {
   PCHMetadata pch;
   pch.m_values = {{"ENERGY-REPORTING", "1"},

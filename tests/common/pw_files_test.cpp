@@ -104,6 +104,16 @@ TEST_F(OpenFileHandle, ModeAAppends) {
   EXPECT_EQ(readFile(m_dir.file("c")), "old,new");
 }
 
+TEST_F(OpenFileHandle, ModeACanReadBackWithAPlus) {
+  writeFile(m_dir.file("c"), "old,");
+  ASSERT_TRUE(open(m_dir.file("c"), "a+b"));
+  std::fputs("new", m_file);
+  std::rewind(m_file);
+  std::string text(7, '\0');
+  EXPECT_EQ(std::fread(text.data(), 1, text.size(), m_file), text.size());
+  EXPECT_EQ(text, "old,new");
+}
+
 TEST_F(OpenFileHandle, ModeRReads) {
   writeFile(m_dir.file("c"), "x");
   ASSERT_TRUE(open(m_dir.file("c"), "r"));
@@ -234,6 +244,12 @@ TEST_F(FilesTest, OpenStoresTheDescriptor) {
   EXPECT_EQ(readFile(m_dir.file("c")), "x");
 }
 
+TEST_F(FilesTest, WithoutAPlaceForTheDescriptorNothingIsOpened) {
+  EXPECT_EQ(pw_open(nullptr, m_dir.file("c"), O_CREAT | O_RDWR), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_FALSE(fs::exists(m_dir.file("c")));
+}
+
 TEST_F(FilesTest, AFailedOpenWarnsAndKeepsErrno) {
   int descriptor = 7;
   const std::string path = m_dir.file("c");
@@ -285,9 +301,11 @@ TEST_F(FilesTest, AFailedReopeningStoresNull) {
   EXPECT_EQ(reopened, nullptr);
 }
 
-TEST_F(FilesTest, ReopeningNoStreamFails) {
-  FILE* reopened = nullptr;
+TEST_F(FilesTest, ReopeningNoStreamStoresNull) {
+  FILE* reopened = stdin;
   EXPECT_EQ(pw_freopen(&reopened, m_dir.file("d"), "w", nullptr), -1);
+  EXPECT_EQ(reopened, nullptr);
+  EXPECT_EQ(pw_freopen(nullptr, m_dir.file("d"), "w", nullptr), -1);
 }
 
 TEST_F(FilesTest, Dup2LetsOneStreamWriteWhereTheOtherDoes) {

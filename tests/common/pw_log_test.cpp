@@ -156,6 +156,22 @@ TEST(StreamErrnoWarning, BelowTheLevelTheLineGoesToTheQuietLog) {
   EXPECT_EQ(log.quiet(), "fread: errnum=13: Permission denied\n");
 }
 
+TEST(StreamErrnoError, TellsLabelNumberAndText) {
+  const LogCapture log(kErrors);
+  errno = ENOENT;
+  streamErrnoError("fread");
+  EXPECT_EQ(log.streamedErrors(), "1ERROR: fread: errnum=2: No such file or directory\n");
+  EXPECT_EQ(log.streamedWarnings() + log.quiet(), "");
+}
+
+TEST(StreamErrnoError, AtVerbosityZeroTheLineGoesToTheQuietLog) {
+  const LogCapture log(kQuiet);
+  errno = EACCES;
+  streamErrnoError("fread");
+  EXPECT_EQ(log.streamedErrors(), "");
+  EXPECT_EQ(log.quiet(), "fread: errnum=13: Permission denied\n");
+}
+
 /// A sink whose work changes errno, as writing to a file may.
 class RestlessSink : public LogSink {
  public:
@@ -174,6 +190,7 @@ TEST(LogIdioms, KeepErrno) {
   logPlainWarning("%s", "a");
   logTaggedWarning("tag", "%s", "a");
   streamErrnoWarning("a");
+  streamErrnoError("a");
   EXPECT_EQ(errno, EBUSY);
   g_pluginEnvironment = former;
 }
@@ -186,6 +203,7 @@ TEST(LogIdioms, WithoutAnEnvironmentNothingIsSaid) {
   warningStream() << "a" << 1 << "\n";
   errorStream() << "a" << 1 << "\n";
   streamErrnoWarning("a");
+  streamErrnoError("a");
   EXPECT_FALSE(warningStream().good());
 }
 

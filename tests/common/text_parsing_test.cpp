@@ -121,6 +121,12 @@ TEST(IsNumber, IsTrueForDecimalsFractionsHexadecimalsAndNegatives) {
   }
 }
 
+TEST(IsNumber, IsTrueForPointsAloneSinceTheyAreNotCounted) {
+  for (const char* text : {".", "..", "-.", "1.2.3", "0x."}) {
+    EXPECT_TRUE(isNumber(text)) << text;
+  }
+}
+
 TEST(IsNumber, IsFalseForTheBarePrefixWhoseLetterIsNoDigit) {
   EXPECT_FALSE(isNumber("0x"));
   EXPECT_FALSE(isNumber("0X"));

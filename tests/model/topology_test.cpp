@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <cstring>
+#include <ctime>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -125,6 +127,47 @@ TEST(TopTree, CoreOfAPackageIsNoCoreOfItsModule) {
   TopTree tree;
   fill(tree, {{0, {}, 0, 0}, {0, 0, 0, 1}});
   EXPECT_EQ(tree.getNumCores(), 2U);
+}
+
+TEST(TopTree, ManyPackagesAreAddedCopiedAndReadQuickly) {
+  constexpr std::uint32_t kThreads = 100'000;
+  const std::clock_t start = std::clock();
+  TopTree tree;
+  for (std::uint32_t i = 0; i < kThreads; ++i) {
+    tree.addThread({i, {}, 0, i});
+  }
+  TopTree copy(tree);
+  copy.addThread({0, {}, 0, kThreads});
+  Serializer serializer(0);
+  copy.serializeTree(serializer);
+  TopTree read;
+  EXPECT_EQ(read.deserializeTree(serializer), 0);
+  // Looking through all packages for each thread would take minutes.
+  EXPECT_LT(std::clock() - start, 10 * CLOCKS_PER_SEC);
+  EXPECT_EQ(read.getNumPackages(), kThreads);
+  EXPECT_EQ(read.getNumCores(), kThreads);
+  EXPECT_EQ(read.getNumThreads(), kThreads + 1);
+}
+
+TEST(TopTree, AReusedTreeKnowsNothingOfItsFormerNodes) {
+  TopTree tree;
+  fill(tree, {{0, 3, 1, 0}});
+  TopTree one;
+  fill(one, {{0, 3, 1, 7}});
+  Serializer serializer = serializerOf(packed(one));
+  EXPECT_EQ(tree.deserializeTree(serializer), 0);
+  EXPECT_EQ(threadsOf(tree), (std::vector<std::string>{"0/3/1/7"}));
+  EXPECT_EQ(tree.getNumPackages(), 1U);
+  EXPECT_EQ(tree.getNumCores(), 1U);
+}
+
+TEST(TopTree, NodeKindsHaveTheirNames) {
+  const std::vector<std::string> names(std::begin(pwr::s_top_node_types),
+                                       std::end(pwr::s_top_node_types));
+  EXPECT_EQ(names, (std::vector<std::string>{"NONE", "Package", "Module", "Core", "Thread", "SOC",
+                                             "Die", "Tile", "NULL"}));
+  EXPECT_EQ(pwr::s_top_node_types[TNode::kPackage], "Package");
+  EXPECT_EQ(pwr::s_top_node_types[TNode::kThread], "Thread");
 }
 
 TEST(TopTree, ThreadsAreAppendedToWhatTheCallerHas) {

@@ -3,10 +3,10 @@
 
 usage: replay_and_compare.py TOOL RECORDING WRITER [OUTPUT_NAME]
 
-The expected results of NAME.qmrec are all files NAME.* beside it. NAME.stdout is what the tool
-prints; NAME.csv is the result OUTPUT_NAME.csv, and so on. NAME.pwr.hex is the result
-OUTPUT_NAME.pwr as hexadecimal digits, with a remark behind each "#". OUTPUT_NAME is NAME unless it
-is given.
+The expected results of NAME.qmrec are all files NAME.* and NAME_* beside it. NAME.stdout is what the
+tool prints; NAME.csv is the result OUTPUT_NAME.csv, and so on. NAME.pwr.hex is the result
+OUTPUT_NAME.pwr as hexadecimal digits, with a remark behind each "#". OUTPUT_NAME is NAME unless it is
+given. Of the files NAME_*, there must be no others among the results.
 """
 
 import os
@@ -27,6 +27,13 @@ def difference(expected, actual):
     return f"expected {len(old)} lines ({len(expected)} bytes), got {len(new)} ({len(actual)} bytes)"
 
 
+def expected_results(recording):
+    """The files beside the recording whose names begin with its name and a point or underline."""
+    others = {path.stem for path in recording.parent.glob(recording.stem + "_*.qmrec")}
+    return [path for path in sorted(recording.parent.glob(recording.stem + "[._]*"))
+            if path.suffix != ".qmrec" and not path.name.startswith(tuple(others))]
+
+
 def hex_difference(path, actual):
     """The same for a result that is told in hexadecimal digits."""
     offset = 0
@@ -42,8 +49,7 @@ def hex_difference(path, actual):
 def main():
     tool, recording, writer = sys.argv[1], pathlib.Path(sys.argv[2]).resolve(), sys.argv[3]
     output = sys.argv[4] if len(sys.argv) > 4 else recording.stem
-    expected = [path for path in sorted(recording.parent.glob(recording.stem + ".*"))
-                if path != recording]
+    expected = expected_results(recording)
     if not expected:
         print(f"{recording}: no expected result beside it")
         return 1
@@ -69,6 +75,11 @@ def main():
                     else difference(path.read_bytes(), actual))
             if told:
                 print(f"{path.name}: {told}")
+                failed = True
+        known = {output + path.name[len(recording.stem):] for path in expected}
+        for path in sorted(pathlib.Path(directory).glob(output + "_*")):
+            if path.name not in known:
+                print(f"{path.name} was not expected")
                 failed = True
     return 1 if failed else 0
 

@@ -56,6 +56,22 @@ TEST_F(TempAreaTest, LiesInTmpWhenNothingIsSet) {
   EXPECT_EQ("/tmp", TempArea().path().parent_path());
 }
 
+TEST_F(TempAreaTest, LiesInTmpWhenTmpdirIsEmpty) {
+  ::setenv("TMPDIR", "", 1);
+  EXPECT_EQ("/tmp", TempArea().path().parent_path());
+}
+
+TEST_F(TempAreaTest, StaysWhereItIsKept) {
+  std::filesystem::path path;
+  {
+    TempArea area;
+    area.keep();
+    path = area.path();
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(path));
+  std::filesystem::remove(path);
+}
+
 TEST_F(TempAreaTest, TwoAreasAreApart) {
   ::setenv("TMPDIR", m_base.path().c_str(), 1);
   const TempArea one;

@@ -1,37 +1,22 @@
-// The order of the virtual operations, which hosts are built against.
-//
-// A pointer to a virtual member function holds 1 + 8 * slot in the Itanium C++ ABI, where a virtual
-// destructor takes two slots. So the tests need no call and no object.
+// The order of the virtual operations and of the fields, which hosts are built against.
+#include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <deque>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/object_layout.h"
+#include "writers/phmwriter_text_plugin/phm_writer.h"
+#include "writers/textwriter_plugin/int_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
 #include "writers/writer_plugins.h"
 
 namespace {
 
-#if !defined(__x86_64__)
-#error "Pointers to member functions are laid out otherwise here."
-#endif
-
-constexpr int kDestructorSlots = 2;
-
-/// The slot of a virtual operation, counted from 0; -1 for an operation that is not virtual.
-template <typename MemberFunction>
-int slotOf(MemberFunction function) {
-  std::uintptr_t value = 0;
-  static_assert(sizeof(function) >= sizeof(value));
-  std::memcpy(&value, &function, sizeof(value));
-  if (value % 2 == 0) {
-    return -1;  // The address of a function.
-  }
-  return static_cast<int>((value - 1) / sizeof(void*));
-}
+using qumetra::test::kDestructorSlots;
+using qumetra::test::offsetIn;
+using qumetra::test::slotOf;
 
 template <typename Message>
 int writeMessageSlot() {
@@ -90,6 +75,28 @@ TEST(WriterPluginSlots, NextOperationOfAWriterTakesSlotNineteen) {
   EXPECT_EQ(slotOf(&OneMore<WriterPlugin>::next), 19);
 }
 
+TEST(IntWriterSlots, TablesFollowTheWritersOperations) {
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledGeneric), 19);
+  EXPECT_EQ(slotOf(&IntWriterV2::writeTracedMetric), 20);
+  EXPECT_EQ(slotOf(&OneMore<IntWriterV2>::next), 21);
+}
+
+TEST(IntWriterSlots, FrontEndsAndServicesAreNotVirtual) {
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledDeltaMetric), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::writeSampledResidencyMetric), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::convertTicksToTime), -1);
+  EXPECT_EQ(slotOf(&IntWriterV2::getStore), -1);
+}
+
+TEST(PhmTextWriterSlots, TablesTakeTheTraceWritersSlotsAndNothingFollows) {
+  EXPECT_EQ(slotOf(&PhmTextWriter::init), 8);
+  EXPECT_EQ(slotOf(&PhmTextWriter::fini), 9);
+  EXPECT_EQ(slotOf(&PhmTextWriter::writeSampledGeneric), 19);
+  EXPECT_EQ(slotOf(&PhmTextWriter::writeTracedMetric), 20);
+  EXPECT_EQ(slotOf(&PhmTextWriter::flushMetaData), -1);
+  EXPECT_EQ(slotOf(&PhmTextWriter::getStore), -1);
+}
+
 TEST(WriterPluginSlots, SummaryWriterAddsNone) {
   EXPECT_EQ(slotOf(&OneMore<SummaryWriter>::next), 19);
 }
@@ -97,12 +104,6 @@ TEST(WriterPluginSlots, SummaryWriterAddsNone) {
 TEST(PluginCapabilitySlots, DestructorIsAllThereIs) {
   EXPECT_EQ(slotOf(&OneMore<pwr::PluginCapability>::next), kDestructorSlots);
   EXPECT_EQ(slotOf(&OneMore<pwr::WriterPluginCapability>::next), kDestructorSlots);
-}
-
-/// Where a member stands in its object, in bytes.
-template <typename Object, typename Member>
-std::ptrdiff_t offsetIn(const Object& object, const Member& member) {
-  return reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&object);
 }
 
 TEST(FieldOrder, PluginBeginsWithItsIdBehindTheTable) {
@@ -123,6 +124,36 @@ TEST(FieldOrder, CapabilityBeginsWithItsNameBehindTheTable) {
   EXPECT_EQ(offsetIn(capability, capability.m_options), 80);
   EXPECT_EQ(offsetIn(capability, capability.m_flags), 128);
   EXPECT_EQ(offsetIn(capability, capability.m_requirements), 136);
+}
+
+TEST(FieldOrder, WritersCapabilityAddsItsClassesAndThenItsSuffix) {
+  const pwr::WriterPluginCapability capability({}, "name", "description", ".csv", false);
+  EXPECT_EQ(offsetIn(capability, capability.m_tableClasses), sizeof(pwr::PluginCapability));
+  EXPECT_EQ(offsetIn(capability, capability.m_fileSuffix),
+            sizeof(pwr::PluginCapability) + sizeof capability.m_tableClasses);
+}
+
+/// A trace writer that shows where its members stand.
+class OpenedIntWriter : public IntWriterV2 {
+ public:
+  std::vector<std::ptrdiff_t> offsets() const {
+    return {offsetIn(*this, fileSuffix),
+            offsetIn(*this, outputPath),
+            offsetIn(*this, outputFile),
+            offsetIn(*this, timestampFrequency),
+            offsetIn(*this, durationPrecision),
+            offsetIn(*this, globalStartTimestamp),
+            offsetIn(*this, tables),
+            offsetIn(*this, doTimelineTsc),
+            offsetIn(*this, doTimelineResidencyTicks),
+            offsetIn(*this, residencyViews)};
+  }
+};
+
+TEST(FieldOrder, IntWriterBeginsWithItsSuffixBehindTheFrame) {
+  const std::vector<std::ptrdiff_t> offsets = OpenedIntWriter().offsets();
+  EXPECT_EQ(offsets.front(), static_cast<std::ptrdiff_t>(sizeof(WriterPlugin)));
+  EXPECT_TRUE(std::is_sorted(offsets.begin(), offsets.end()));
 }
 
 TEST(FieldOrder, ListHoldsCountThenArray) {

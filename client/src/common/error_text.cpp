@@ -3,15 +3,15 @@
 #include <string.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 
+#include "client/src/common/errno_keeper.h"
 #include "client/src/common/pw_log.h"
 
 namespace pwr {
 
 void pw_strerror(int number, char* buffer, std::size_t size) {
-  const int keptErrno = errno;
+  const ErrnoKeeper keeper;
   std::array<char, 256> scratch{};
   const char* text = ::strerror_r(number, scratch.data(), scratch.size());
   const bool hasRoom = buffer != nullptr && size > 0;
@@ -24,7 +24,6 @@ void pw_strerror(int number, char* buffer, std::size_t size) {
         "WARNING: SNPRINTF_S failed, when handling strerror_r returned char *, "
         "which(strerror_r) was used to get description of previous error\n");
   }
-  errno = keptErrno;
 }
 
 std::string errorText(int number) {

@@ -70,13 +70,6 @@ int linesOfFile(const LineReader& reader, FILE* file, Lines& lines) {
   return std::ferror(file) != 0 ? c_allOnes : 0;
 }
 
-/// Reads on to the end of a line of which `piece` is the latest part.
-template <std::size_t Bytes>
-void passOverLine(FILE* file, std::array<char, Bytes>& piece) {
-  while (!endsLine(piece.data()) && readPiece(file, piece)) {
-  }
-}
-
 }  // namespace
 
 LineReader::LineReader() = default;
@@ -111,7 +104,6 @@ int LineReader::getline(FILE* file, std::string& line, bool trimLine) const {
   }
   if (std::strlen(piece.data()) >= c_pieceBytes) {
     logPlainWarning("WARNING: line too long?!\n");
-    passOverLine(file, piece);
     return c_allOnes;
   }
   line = piece.data();

@@ -26,8 +26,8 @@ class LineReader {
 
   /// Reads one line with its line end, trimmed when `trim` is true, and returns its length. All
   /// ones at the end of the file, after a read error, and with a plain warning for a null `file`
-  /// and for a line of 1024 characters or more, its line end included; `line` is then left alone,
-  /// and of a line too long the rest is passed over.
+  /// and for a line of 1024 characters or more, its line end included; `line` is then left alone.
+  /// Of a line too long only the first 1024 characters are taken: the next call gives its rest.
   int getline(FILE* file, std::string& line, bool trim) const;
 
   /// Removes blanks, tabs, carriage returns and newlines from both ends.

@@ -3,7 +3,9 @@
 #include <glob.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -28,9 +30,13 @@ class Matches {
   Matches& operator=(const Matches&) = delete;
   ~Matches() { ::globfree(&m_glob); }
 
-  /// False when memory did not suffice.
+  /// False when memory did not suffice, which `errno` tells then.
   bool find(const std::string& word) {
-    return ::glob(word.c_str(), GLOB_NOSORT, nullptr, &m_glob) != GLOB_NOSPACE;
+    if (::glob(word.c_str(), GLOB_NOSORT, nullptr, &m_glob) != GLOB_NOSPACE) {
+      return true;
+    }
+    errno = ENOMEM;
+    return false;
   }
   std::vector<std::string> paths() const {
     return {m_glob.gl_pathv, m_glob.gl_pathv + m_glob.gl_pathc};
@@ -171,6 +177,8 @@ bool doGlob(const std::string& pattern, std::deque<std::string>& results) {
   }
   const std::optional<Operands> operands = expand(WordCutter().cut(pattern));
   if (!operands) {
+    // The words by which callers know the failure, though no process is started.
+    std::perror("popen error");
     return false;
   }
   for (std::string& line : listing(*operands)) {

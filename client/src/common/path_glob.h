@@ -16,11 +16,13 @@ namespace pwr {
 /// itself: `$`, backticks, `;`, `|`, `'`, `{`, `~`, a leading `-`. A word that matches nothing adds
 /// nothing.
 ///
-/// Results come as ls prints them, in byte order whatever the locale, trimmed: first the files. Of
+/// Results come as ls prints them, in byte order whatever the locale, trimmed, a file name with a
+/// newline being one result: first the files. Of
 /// a directory the names of its visible entries are listed, not the directory; beside other words
 /// or matches with an empty line (unless it is the first line) and a line "<directory>:" above.
 ///
-/// Returns true, or false when memory did not suffice; `results` then has what was there before.
+/// Returns true. The one failure is that memory did not suffice: it is told on standard error, the
+/// result is false, and `results` has what was there before.
 bool doGlob(const std::string& pattern, std::deque<std::string>& results);
 
 }  // namespace pwr

@@ -1,6 +1,7 @@
 #include "client/src/common/path_ops.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "client/src/common/deliberate_stop.h"
 
@@ -26,16 +27,13 @@ void extract_dir_and_file_from_path(const std::string& path, std::string& direct
   if (path.empty()) {
     stopDeliberately("client/src/common/pw_utils", "size > 0");
   }
-  // A copy, since the caller may hand in the path itself as a result.
-  const std::string whole = path;
-  const auto slash = whole.rfind('/');
-  if (slash == std::string::npos) {
-    directory = "./";
-    file = whole;
-    return;
-  }
-  directory = whole.substr(0, slash + 1);
-  file = whole.substr(slash + 1);
+  const auto slash = path.rfind('/');
+  const bool hasDirectory = slash != std::string::npos;
+  // Both parts are cut before either is stored, since the caller may hand in the path as a result.
+  std::string directoryPart = hasDirectory ? path.substr(0, slash + 1) : "./";
+  std::string filePart = hasDirectory ? path.substr(slash + 1) : path;
+  directory = std::move(directoryPart);
+  file = std::move(filePart);
 }
 
 }  // namespace pwr

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "client/src/common/packed_numbers.h"
 #include "client/src/common/serializer.h"
 #include "client/src/common/text_parsing.h"
 #include "client/src/common/tokenizer.h"
@@ -29,16 +30,6 @@ constexpr int c_allOnes = -1;
 /// Writers before this packed version wrote the deprecated topology.
 constexpr std::uint32_t c_firstVersionWithNewTree = 0x07E90601;
 constexpr const char* c_energyReportingKey = "ENERGY-REPORTING";
-
-template <typename Number>
-void writeNumber(Serializer& serializer, Number value) {
-  serializer.write_to(&value, sizeof value);
-}
-
-template <typename Number>
-bool readNumber(Serializer& serializer, Number& value) {
-  return serializer.read_from(&value, sizeof value) == sizeof value;
-}
 
 /// An empty text counts as fallen short: a serializer cannot tell the two apart.
 bool readText(Serializer& serializer, std::string& text) { return serializer.read_from(text) != 0; }

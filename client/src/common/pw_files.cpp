@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "client/src/common/errno_keeper.h"
 #include "client/src/common/error_text.h"
 #include "client/src/common/path_ops.h"
 #include "client/src/common/pw_log.h"
@@ -50,9 +51,8 @@ FILE* makeHandle(const std::string& path, const std::string& mode, int flags) {
   }
   FILE* const handle = ::fdopen(descriptor, mode.c_str());
   if (handle == nullptr) {
-    const int reason = errno;
+    const ErrnoKeeper keeper;
     ::close(descriptor);
-    errno = reason;
   }
   return handle;
 }
@@ -97,11 +97,12 @@ bool openFileHandle(FILE** file, const std::string& path, const std::string& mod
 }
 
 int pw_open(int* descriptor, const std::string& path, int flags) {
-  const int opened = ::open(path.c_str(), flags, c_newFilePermissions);
-  if (descriptor != nullptr) {
-    *descriptor = opened;
+  if (descriptor == nullptr) {
+    errno = EINVAL;
+    return c_allOnes;
   }
-  if (opened >= 0) {
+  *descriptor = ::open(path.c_str(), flags, c_newFilePermissions);
+  if (*descriptor >= 0) {
     return 0;
   }
   warnOfFailedOpen(path);
@@ -129,10 +130,10 @@ bool qm_dirExists(const std::string& path) {
 }
 
 int pw_freopen(FILE** file, const std::string& path, const std::string& mode, FILE* stream) {
-  if (file == nullptr || stream == nullptr) {
+  if (file == nullptr) {
     return c_allOnes;
   }
-  *file = std::freopen(path.c_str(), mode.c_str(), stream);
+  *file = stream != nullptr ? std::freopen(path.c_str(), mode.c_str(), stream) : nullptr;
   return *file != nullptr ? 0 : c_allOnes;
 }
 
@@ -149,9 +150,8 @@ int mkpath(const std::string& path) {
     if (::mkdir(prefix.c_str(), c_newDirectoryPermissions) == 0 || errno == EEXIST) {
       continue;
     }
-    const int reason = errno;
+    const ErrnoKeeper keeper;
     std::perror("mkdir error");
-    errno = reason;
     return c_allOnes;
   }
   return 0;

@@ -17,7 +17,8 @@ namespace pwr {
 bool openFileHandle(FILE** file, const std::string& path, const std::string& mode);
 
 /// Opens `path` with open's flags; a new file gets permissions 0644. Returns 0, or all ones when it
-/// fails, which is a plain warning and stores -1.
+/// fails, which is a plain warning and stores -1. Without a place for the descriptor nothing is
+/// opened and the result is all ones.
 int pw_open(int* descriptor, const std::string& path, int flags);
 
 /// Whether there is something at `path`, symbolic links followed.
@@ -27,8 +28,8 @@ bool isDir(const std::string& path);
 /// Whether there is a directory at `path`, without a message.
 bool qm_dirExists(const std::string& path);
 
-/// Opens `path` in the place of `stream`, and stores the handle; null on failure. Returns 0, or all
-/// ones.
+/// Opens `path` in the place of `stream`, and stores the handle; null on failure, which a null
+/// `stream` is. Returns 0, or all ones.
 int pw_freopen(FILE** file, const std::string& path, const std::string& mode, FILE* stream);
 /// Lets the descriptor of `to` mean the file of `from`. Returns 0, or all ones.
 int pw_dup2(FILE* from, FILE* to);
@@ -40,7 +41,8 @@ int mkpath(const std::string& path);
 
 /// The directory for temporary files, which is made when missing; ends in "/". It stands in the
 /// directory that the first of TMPDIR, TMP, TEMP and TEMPDIR names that is set, also when it is
-/// empty; without any in /tmp. "./" when that is no directory or cannot be written to.
+/// empty; without any in /tmp. "./" when that is no directory or the directory cannot be made. A
+/// file that stands in its place is not noticed here: what is opened below it fails.
 std::string qm_temp_directory_path();
 
 /// Sets `out` to the directory of the running program, with a "/" at its end, and returns true. On

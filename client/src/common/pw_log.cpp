@@ -5,23 +5,12 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "client/src/common/errno_keeper.h"
 #include "client/src/common/error_text.h"
 #include "client/src/common/number_text.h"
 
 namespace pwr {
 namespace {
-
-/// Keeps `errno` over its life: callers tell their cases from it after they have logged.
-class ErrnoKeeper {
- public:
-  ErrnoKeeper() = default;
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-  ~ErrnoKeeper() { errno = m_kept; }
-
- private:
-  int m_kept = errno;
-};
 
 bool shows(std::uint32_t level) {
   return g_pluginEnvironment != nullptr && g_pluginEnvironment->verbosity >= level;
@@ -53,54 +42,56 @@ std::string formatText(const char* format, std::va_list arguments) {
   return text;
 }
 
+namespace {
+
+__attribute__((format(printf, 3, 0))) void logTo(LogSink& sink, int level, const char* format,
+                                                 std::va_list arguments) {
+  const ErrnoKeeper keeper;
+  sink.log(level, formatText(format, arguments).c_str());
+}
+
+}  // namespace
+
 bool plainWarningsShow() { return shows(PluginEnvironment::kWarnings); }
 
 void logNote(const char* format, ...) {
   if (!shows(PluginEnvironment::kQuiet)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->warningLog, LogSink::kNote, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->warningLog.log(LogSink::kNote, text.c_str());
 }
 
 void logFatal(const char* format, ...) {
   if (!shows(PluginEnvironment::kQuiet)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->errorLog, LogSink::kNote, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->errorLog.log(LogSink::kNote, text.c_str());
 }
 
 void logError(const char* format, ...) {
   if (!shows(PluginEnvironment::kErrors)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->errorLog, LogSink::kError, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->errorLog.log(LogSink::kError, text.c_str());
 }
 
 void logPlainWarning(const char* format, ...) {
   if (!shows(PluginEnvironment::kWarnings)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->warningLog, LogSink::kWarning, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->warningLog.log(LogSink::kWarning, text.c_str());
 }
 
 void logTaggedWarning(const char* tag, const char* format, ...) {
@@ -110,12 +101,10 @@ void logTaggedWarning(const char* tag, const char* format, ...) {
   if (!shows(PluginEnvironment::kWarnings) && !g_pluginEnvironment->enabledTags.contains(tag)) {
     return;
   }
-  const ErrnoKeeper keeper;
   std::va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatText(format, arguments);
+  logTo(g_pluginEnvironment->warningLog, LogSink::kWarning, format, arguments);
   va_end(arguments);
-  g_pluginEnvironment->warningLog.log(LogSink::kWarning, text.c_str());
 }
 
 // The number in front of a streamed line is the level; readers of the log expect it there.
@@ -133,13 +122,26 @@ std::ostream& errorStream() {
   return g_pluginEnvironment->errorLog << "1ERROR: ";
 }
 
-void streamErrnoWarning(const std::string& label) {
-  const int number = errno;
-  const ErrnoKeeper keeper;
+namespace {
+
+std::string errnoLine(const std::string& label, int number) {
   std::string line = label + ": errnum=";
   appendInt(line, number);
-  line += ": " + errorText(number) + "\n";
+  return line + ": " + errorText(number) + "\n";
+}
+
+}  // namespace
+
+void streamErrnoWarning(const std::string& label) {
+  const ErrnoKeeper keeper;
+  const std::string line = errnoLine(label, errno);
   warningStream() << line;
+}
+
+void streamErrnoError(const std::string& label) {
+  const ErrnoKeeper keeper;
+  const std::string line = errnoLine(label, errno);
+  errorStream() << line;
 }
 
 }  // namespace pwr

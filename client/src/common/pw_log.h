@@ -50,4 +50,7 @@ std::ostream& errorStream();
 /// warning.
 void streamErrnoWarning(const std::string& label);
 
+/// The same as a stream error.
+void streamErrnoError(const std::string& label);
+
 }  // namespace pwr

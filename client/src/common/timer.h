@@ -19,10 +19,10 @@ class Timer {
   Timer& operator=(const Timer&) = delete;
   ~Timer();
 
- private:
-  /// Sets label and result and starts.
+  /// Sets label and result and starts anew. `result` as above.
   void init_i(const std::string& label, double* result);
 
+ private:
   std::string m_label;
   /// Microseconds: the start as a negative number, to which the end is added.
   double m_elapsed = 0;

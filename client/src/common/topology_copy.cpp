@@ -6,14 +6,16 @@
 namespace pwr {
 
 TopTree::TopTree(const TopTree& other) : m_nodes(other.m_nodes) {
-  // The copied nodes still point at the parents in the other tree.
-  std::unordered_map<const TNode*, const TNode*> copyOf;
+  std::unordered_map<const TNode*, const TNode*> copyOf{{nullptr, nullptr}};
   for (std::size_t i = 0; i < m_nodes.size(); ++i) {
     copyOf.emplace(&other.m_nodes[i], &m_nodes[i]);
   }
   for (TNode& node : m_nodes) {
-    const auto parent = copyOf.find(node.parent);
-    node.parent = parent != copyOf.end() ? parent->second : nullptr;
+    // The copied node still points at its parent in the other tree.
+    node.parent = copyOf.at(node.parent);
+    if (node.kind != TNode::kThread) {
+      m_aboveThreads.emplace(Place{node.parent, node.kind, node.id}, &node);
+    }
   }
 }
 

@@ -1,0 +1,132 @@
+// What the tool writes over, and what it never does.
+#include <sys/resource.h>
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/tool.h"
+
+namespace qumetra::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class Output : public ::testing::Test {
+ protected:
+  Tool m_tool;
+  std::vector<std::string> m_lines = {R"({"recording":{"version":1}})",
+                                      R"({"text":{"id":1,"message":"hello"}})"};
+};
+
+TEST_F(Output, ResultIsNeverTheRecordingThatIsRead) {
+  const std::string recording = m_tool.write("run.txt", m_lines);
+  const std::string before = readFile(recording);
+  const ToolResult result = m_tool.run({"replay", recording, "-r", "raw", "-o", "run"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("qumetra: " + recording + " would be written over while it is read\n", result.err);
+  EXPECT_EQ(before, readFile(recording));
+}
+
+TEST_F(Output, FileThatIsNoRecordingLeavesEarlierResultsAlone) {
+  const std::string junk = m_tool.write("junk", {"no recording"});
+  m_tool.write("z.csv", {"good"});
+  const ToolResult result = m_tool.run({"replay", junk, "-r", "sum", "-o", "z"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.err, StartsWith(junk + ":1: "));
+  EXPECT_EQ("good\n", readFile(m_tool.file("z.csv")));
+}
+
+TEST_F(Output, CallLogIsNeverAResult) {
+  const std::string recording = m_tool.write("r.qmrec", m_lines);
+  const ToolResult result =
+      m_tool.run({"replay", recording, "-r", "raw", "-o", "x", "--call-log", "./x.txt"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("qumetra: ./x.txt would be written as two results at once\n", result.err);
+  EXPECT_THAT(m_tool.files(), ElementsAre("r.qmrec"));
+}
+
+TEST_F(Output, RecordIsNeverAResult) {
+  const ToolResult result =
+      m_tool.run({"collect", "-t", "0.1", "-r", "raw", "-o", "z", "--record", "z.txt"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("qumetra: z.txt would be written as two results at once\n", result.err);
+  EXPECT_TRUE(m_tool.files().empty());
+}
+
+TEST_F(Output, LinkInThePlaceOfAResultIsToldBeforeTheCollection) {
+  std::filesystem::create_symlink("elsewhere", m_tool.file("b.csv"));
+  const ToolResult result = m_tool.run({"collect", "-t", "100", "-r", "sum", "-o", "b"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ(
+      "qumetra: cannot write results: b.csv: is a symbolic link, which results are not written "
+      "through\n",
+      result.err);
+}
+
+/// No file of this process or its children may grow past so many bytes, as long as this lives.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    EXPECT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &m_former));
+    const rlimit limited{bytes, m_former.rlim_max};
+    EXPECT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limited));
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() { EXPECT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &m_former)); }
+
+ private:
+  rlimit m_former{};
+};
+
+TEST_F(Output, LimitOfFileSizeIsAFailedWriteAndNotTheEnd) {
+  m_lines.push_back(R"({"text":{"id":2,"message":")" + std::string(100'000, 'x') + "\"}}");
+  const std::string recording = m_tool.write("r.qmrec", m_lines);
+  const FileSizeLimit limit(50'000);
+  const ToolResult result = m_tool.run({"replay", recording, "-r", "raw", "-o", "x"});
+  EXPECT_LT(result.status, 128);
+  EXPECT_THAT(result.err, HasSubstr("Could not write"));
+}
+
+TEST_F(Output, RecordThatIsNoRegularFileIsToldBeforeTheCollection) {
+  const ToolResult result = m_tool.run({"collect", "--record", "/dev/full", "--", "touch", "x"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("qumetra: cannot write results: /dev/full: is no regular file\n", result.err);
+  EXPECT_TRUE(m_tool.files().empty());
+}
+
+TEST_F(Output, RecordingOfWhichNothingIsThereIsNotReadBack) {
+  // Standard error is no file, so that the limit does not silence it.
+  m_tool.useTerminal();
+  ToolResult result;
+  {
+    const FileSizeLimit limit(0);
+    result = m_tool.run({"collect", "-t", "0.1", "-i", "20", "--record", "z.qmrec", "-r", "raw"});
+  }
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.err, HasSubstr("qumetra: z.qmrec: File too large"));
+  EXPECT_THAT(result.err, Not(HasSubstr("z.qmrec:1")));
+  EXPECT_THAT(m_tool.files(), ElementsAre("z.qmrec"));
+}
+
+TEST_F(Output, FailedResultKeepsWhatWasMeasured) {
+  // A folder appears in the place of the summary while the command runs.
+  const ToolResult result =
+      m_tool.run({"collect", "-r", "auto", "-i", "20", "--", "mkdir", "Automation_Summary.csv"});
+  EXPECT_EQ(1, result.status);
+  constexpr const char* kOffer = "what was measured is kept: qumetra replay ";
+  ASSERT_THAT(result.err, HasSubstr(kOffer));
+  std::string path = result.err.substr(result.err.find(kOffer) + std::string(kOffer).size());
+  path.erase(path.find('\n'));
+  EXPECT_THAT(path, EndsWith("recording.qmrec"));
+  EXPECT_THAT(readFile(path), StartsWith(m_lines[0]));
+}
+
+}  // namespace
+}  // namespace qumetra::test
