@@ -28,7 +28,7 @@ constexpr std::size_t kThreadRecordSize = 28;
 constexpr std::uint16_t kSizeAndType = 4;
 
 /// The path up to its first zero byte.
-std::string terminatedPath(const std::string& path) { return path.c_str(); }
+std::string terminatedPath(const std::string& path) { return path.substr(0, path.find('\0')); }
 
 std::string processKey(const pwr::Process& process, const std::string& path) {
   std::string key = "process_" + path + "_";
