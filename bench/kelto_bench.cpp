@@ -42,9 +42,9 @@ struct Shape {
 
 constexpr std::uint64_t kStart = 1'000'000;
 constexpr std::uint64_t kStep = 1'003;
-/// Samples differ in their values and repeat after so many, so that input takes no memory to speak
-/// of.
-constexpr std::size_t kSamples = 64;
+/// Samples differ in their values and repeat after so many, so that they are in the cache, as they
+/// are when a host has just made them.
+constexpr std::size_t kSamples = 8;
 constexpr std::uint64_t kFirstMetric = 10;
 constexpr std::uint64_t kFirstEntity = 100;
 constexpr std::uint64_t kFirstState = 200;

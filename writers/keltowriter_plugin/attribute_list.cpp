@@ -41,9 +41,7 @@ std::uint32_t KeltoWriter::addAttributeToRecord(std::uint32_t id, std::uint64_t 
           "later.\n");
     }
   });
-  list->ids[list->count] = id;
-  list->values[list->count] = value;
-  ++list->count;
+  list->append(id, value);
   return 0;
 }
 
@@ -72,10 +70,7 @@ int KeltoWriter::writeQM2Record(std::uint64_t tsc, std::uint64_t metricId, QM2At
   record.u16(kelto::kAttributeSample);
   record.u16(formatVersion());
   record.u16(static_cast<std::uint16_t>(list->count));
-  for (std::uint32_t i = 0; i < list->count; ++i) {
-    record.u32(list->ids[i]);
-    record.u64(list->values[i]);
-  }
+  record.pairs(list->ids.data(), list->values.data(), list->count);
   if (writeRecord(metricId, record.data(), record.size()) != 0) {
     return 1;
   }

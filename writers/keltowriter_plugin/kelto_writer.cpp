@@ -91,7 +91,10 @@ int KeltoWriter::writeMessage(const pwr::SystemMessage& message) {
 
 int KeltoWriter::writeMessage(const pwr::Metric& metric) {
   const int status = withoutException([&] {
-    metricNames[metric.metricId] = metric.name;
+    std::string& name = metricNames[metric.metricId];
+    if (name != metric.name) {
+      name = metric.name;
+    }
     return trackOf(metric).isUnsupported ? 1 : handleMetricMessage(metric);
   });
   if (status == 0) {

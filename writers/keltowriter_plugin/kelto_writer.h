@@ -32,6 +32,13 @@ struct QM2AttributeList {
   std::array<std::uint32_t, kCapacity> ids;
   std::array<std::uint64_t, kCapacity> values;
   std::uint32_t count = 0;
+
+  /// REQUIRES: `count` is below `kCapacity`.
+  void append(std::uint32_t id, std::uint64_t value) {
+    ids[count] = id;
+    values[count] = value;
+    ++count;
+  }
 };
 
 /// Writes `<output name>.pwr` (see record_stream.h for its order): one system message makes the
@@ -279,16 +286,27 @@ class KeltoWriter : public WriterPlugin {
   int writeSample(const pwr::Metric& metric, kelto::MetricTrack& track);
   int addEntity(const pwr::Metric& metric, const kelto::MetricTrack& track,
                 kelto::EntityTrack& entity);
-  int addElement(const pwr::Metric& metric, const EntityDataElement& element);
-  int addState(const pwr::Metric& metric, const EntityDataElement& element);
+  int addElement(const pwr::Metric& metric, const EntityDataElement& element,
+                 kelto::StateGuess& guess);
+  int addState(const pwr::Metric& metric, const EntityDataElement& element,
+               kelto::StateGuess& guess);
   int findState(const pwr::Metric& metric, const pwr::DataDescriptor& descriptor,
-                std::uint64_t& fieldId, std::uint64_t& colorId);
+                kelto::StateGuess& guess);
   int addElementAttributes(const pwr::Metric& metric, const EntityDataElement& element);
   kelto::DescriptorTrack& descriptorTrack(const pwr::DataDescriptor& descriptor);
 
+  /// `addAttributeToRecord`, its everyday case inline.
+  std::uint32_t add(std::uint32_t id, std::uint64_t value, QM2AttributeList* list) {
+    if (list == nullptr || list->count >= QM2AttributeList::kCapacity || !s_wasCountNoted) {
+      return addAttributeToRecord(id, value, list);
+    }
+    list->append(id, value);
+    return 0;
+  }
+
   // Values.
-  std::uint64_t bitsOf(long value) const;
-  std::uint64_t bitsOf(unsigned long value) const;
+  std::uint64_t bitsOf(long value) const { return static_cast<std::uint64_t>(value); }
+  std::uint64_t bitsOf(unsigned long value) const { return value; }
   std::uint64_t bitsOf(double value) const;
   template <typename T>
   int addValue(std::uint32_t attribute, const char* kind, T value, QM2AttributeList* list);

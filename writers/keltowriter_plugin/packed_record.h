@@ -2,11 +2,11 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
-#include <utility>
 
 #include "client/src/common/deliberate_stop.h"
 
@@ -28,6 +28,15 @@ class PackedRecord {
   void u16(std::uint16_t value) { integer(value); }
   void u32(std::uint32_t value) { integer(value); }
   void u64(std::uint64_t value) { integer(value); }
+  /// `count` times a 32-bit and a 64-bit number.
+  void pairs(const std::uint32_t* firsts, const std::uint64_t* seconds, std::size_t count) {
+    constexpr std::size_t kPairSize = sizeof(std::uint32_t) + sizeof(std::uint64_t);
+    char* at = take(count * kPairSize);
+    for (std::size_t i = 0; i < count; ++i, at += kPairSize) {
+      store(firsts[i], at);
+      store(seconds[i], at + sizeof(std::uint32_t));
+    }
+  }
   void zeros(std::size_t count) { std::memset(take(count), 0, count); }
   /// The characters without a terminator.
   void text(std::string_view text) { std::memcpy(take(text.size()), text.data(), text.size()); }
@@ -43,12 +52,19 @@ class PackedRecord {
  private:
   template <typename Unsigned>
   void integer(Unsigned value) {
-    store(value, take(sizeof(Unsigned)), std::make_index_sequence<sizeof(Unsigned)>());
+    store(value, take(sizeof(Unsigned)));
   }
 
-  template <typename Unsigned, std::size_t... Bytes>
-  static void store(Unsigned value, char* at, std::index_sequence<Bytes...> /*bytes*/) {
-    ((at[Bytes] = static_cast<char>(static_cast<unsigned char>(value >> (8 * Bytes)))), ...);
+  /// Lowest byte first.
+  template <typename Unsigned>
+  static void store(Unsigned value, char* at) {
+    if constexpr (std::endian::native == std::endian::little) {
+      std::memcpy(at, &value, sizeof value);  // One move, where compilers would make one per byte.
+    } else {
+      for (std::size_t i = 0; i < sizeof value; ++i) {
+        at[i] = static_cast<char>(static_cast<unsigned char>(value >> (8 * i)));
+      }
+    }
   }
 
   /// Room for `count` bytes.

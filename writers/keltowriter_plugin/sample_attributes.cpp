@@ -112,7 +112,7 @@ int KeltoWriter::addPair(const pwr::Data& data, QM2AttributeList* list) {
     }
     known = m_cache.pairs.emplace(handle, pair->getId()).first;
   }
-  if (addAttributeToRecord(kInfoAttribute, known->second, list) != 0) {
+  if (add(kInfoAttribute, known->second, list) != 0) {
     return kelto::failure("Unable to add nameid value to the record.\n");
   }
   return 0;
@@ -171,7 +171,7 @@ int KeltoWriter::addProcess(const pwr::Data& data, QM2AttributeList* list) {
 
 /// Adds a pid or tid. Processes and threads share the text of a failure.
 int KeltoWriter::addIdentity(std::uint32_t attribute, std::uint64_t id, QM2AttributeList* list) {
-  if (addAttributeToRecord(attribute, id, list) != 0) {
+  if (add(attribute, id, list) != 0) {
     return kelto::failure("Unable to add thread attribute to the record.\n");
   }
   return 0;

@@ -39,6 +39,14 @@ struct LinkedElement {
   std::uint32_t next = kNoElement;
 };
 
+/// The ids of the state that the last sample had at some place. Null when they depend on more than
+/// the descriptor.
+struct StateGuess {
+  const pwr::DataDescriptor* descriptor = nullptr;
+  std::uint64_t fieldId = 0;
+  std::uint64_t colorId = 0;
+};
+
 /// An entity among those of a metric.
 struct EntityTrack {
   const pwr::EntityHandle* entity = nullptr;
@@ -54,13 +62,16 @@ struct EntityTrack {
 
 /// A metric under one of its names: keys are made of names, and a metric may change its name.
 struct MetricTrack {
+  std::uint64_t id = 0;
   std::string name;
   std::string key;
   bool isUnsupported = false;
   std::vector<EntityTrack> entities;
   std::unordered_map<const pwr::EntityHandle*, std::uint32_t> entityIndex;
-  /// The entities of the last sample's elements: most often the next sample's are the same.
+  /// The entities and states of the last sample's elements: most often the next sample's are the
+  /// same.
   std::vector<std::uint32_t> lastSample;
+  std::vector<StateGuess> lastStates;
 };
 
 /// A descriptor's name, and the ids of its state where they are known and depend on the name only.
@@ -81,6 +92,8 @@ struct QuantityTrack {
 /// Objects are known by their addresses, which serve for one run: `clear` before the next.
 struct SampleCache {
   std::unordered_map<std::uint64_t, std::vector<std::unique_ptr<MetricTrack>>> metrics;
+  /// The track that was asked for last; a message asks more than once.
+  MetricTrack* lastMetric = nullptr;
   std::unordered_map<const pwr::DataDescriptor*, DescriptorTrack> descriptors;
   std::unordered_map<const pwr::Quantity*, QuantityTrack> quantities;
   /// Pairs that have been written, with their ids; processes and threads that have been announced,
@@ -91,6 +104,7 @@ struct SampleCache {
 
   void clear() {
     metrics.clear();
+    lastMetric = nullptr;
     descriptors.clear();
     quantities.clear();
     pairs.clear();

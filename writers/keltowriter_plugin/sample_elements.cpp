@@ -135,18 +135,23 @@ std::uint32_t entityIndex(kelto::MetricTrack& track, const pwr::EntityHandle* en
 }  // namespace
 
 kelto::MetricTrack& KeltoWriter::trackOf(const pwr::Metric& metric) {
+  kelto::MetricTrack*& last = m_cache.lastMetric;
+  if (last != nullptr && last->id == metric.metricId && last->name == metric.name) {
+    return *last;
+  }
   auto& tracks = m_cache.metrics[metric.metricId];
   const auto known = std::find_if(tracks.begin(), tracks.end(), [&metric](const auto& track) {
     return track->name == metric.name;
   });
   if (known != tracks.end()) {
-    return **known;
+    return *(last = known->get());
   }
   auto track = std::make_unique<kelto::MetricTrack>();
+  track->id = metric.metricId;
   track->name = metric.name;
   track->key = getNameIdKey(metric.name, metric.metricId);
   track->isUnsupported = isUnsupported(metric.name);
-  return *tracks.emplace_back(std::move(track));
+  return *(last = tracks.emplace_back(std::move(track)).get());
 }
 
 /// Sorts the sample's elements by entity. What they name stays as it was in `m_sample`.

@@ -62,7 +62,10 @@ int KeltoWriter::handleMetricMessage(const pwr::Metric& metric) {
 int KeltoWriter::writeSample(const pwr::Metric& metric, kelto::MetricTrack& track) {
   const std::uint64_t tsc = metric.getData().timestamp;
   m_list.count = 0;
-  if (addAttributeToRecord(kMetricAttribute, metric.metricId, &m_list) != 0) {
+  if (track.lastStates.size() < m_sample.elements.size()) {
+    track.lastStates.resize(m_sample.elements.size());
+  }
+  if (add(kMetricAttribute, metric.metricId, &m_list) != 0) {
     return kelto::failure("Unable to add '%s' metric to the record. TSC: %llu\n",
                           metric.name.c_str(), shown(tsc));
   }
@@ -72,7 +75,7 @@ int KeltoWriter::writeSample(const pwr::Metric& metric, kelto::MetricTrack& trac
       return 1;
     }
     for (std::uint32_t i = entity.first; i != kNoElement; i = m_sample.elements[i].next) {
-      if (addElement(metric, m_sample.elements[i].data) != 0) {
+      if (addElement(metric, m_sample.elements[i].data, track.lastStates[i]) != 0) {
         return 1;
       }
     }
@@ -102,7 +105,7 @@ int KeltoWriter::addEntity(const pwr::Metric& metric, const kelto::MetricTrack& 
     }
     entity.isDescribed = isEntityWritten(*entity.entity);
   }
-  if (addAttributeToRecord(kEntityAttribute, entity.id, &m_list) != 0) {
+  if (add(kEntityAttribute, entity.id, &m_list) != 0) {
     return kelto::failure("Unable to add '%s' entity to the record. TSC: %llu\n", name, shown(tsc));
   }
   if (processInfoAttributes(entity.entity, &m_list) != 0) {
@@ -112,12 +115,18 @@ int KeltoWriter::addEntity(const pwr::Metric& metric, const kelto::MetricTrack& 
   return 0;
 }
 
-int KeltoWriter::addElement(const pwr::Metric& metric, const EntityDataElement& element) {
+int KeltoWriter::addElement(const pwr::Metric& metric, const EntityDataElement& element,
+                            kelto::StateGuess& guess) {
   if (element.descriptor == nullptr) {
     return kelto::failure("Malformed data element for metric %s. TSC: %llu", metric.name.c_str(),
                           timeOf(metric));
   }
-  if (addState(metric, element) != 0 || addElementAttributes(metric, element) != 0) {
+  if (addState(metric, element, guess) != 0) {
+    return 1;
+  }
+  // A state that is guessed has no attributes.
+  const bool mayHaveAttributes = guess.descriptor == nullptr || element.additionalInfo != nullptr;
+  if (mayHaveAttributes && addElementAttributes(metric, element) != 0) {
     return 1;
   }
   if (processData(element.value, nullptr, &m_list, false, nullptr) != 0) {
@@ -127,24 +136,25 @@ int KeltoWriter::addElement(const pwr::Metric& metric, const EntityDataElement& 
   return 0;
 }
 
-int KeltoWriter::addState(const pwr::Metric& metric, const EntityDataElement& element) {
+int KeltoWriter::addState(const pwr::Metric& metric, const EntityDataElement& element,
+                          kelto::StateGuess& guess) {
   const char* const name = metric.name.c_str();
-  std::uint64_t fieldId = 0;
-  std::uint64_t colorId = 0;
-  if (findState(metric, *element.descriptor, fieldId, colorId) != 0) {
+  const bool isGuessed =
+      guess.descriptor == element.descriptor && element.descriptor->getAttributeCount() == 0;
+  if (!isGuessed && findState(metric, *element.descriptor, guess) != 0) {
     return 1;
   }
-  if (addAttributeToRecord(kFieldAttribute, fieldId, &m_list) != 0) {
+  if (add(kFieldAttribute, guess.fieldId, &m_list) != 0) {
     return kelto::failure("Unable to add '%s' field to the record. TSC: %llu\n", name,
                           timeOf(metric));
   }
   // A duration of 0 stands for the time since the entity's last sample, and as that is this very
   // sample by now, 0 it is.
-  if (addAttributeToRecord(kDurationAttribute, element.duration, &m_list) != 0) {
+  if (add(kDurationAttribute, element.duration, &m_list) != 0) {
     return kelto::failure("Unable to add '%s' duration to the record. TSC: %llu\n", name,
                           timeOf(metric));
   }
-  if (addAttributeToRecord(kColorAttribute, colorId, &m_list) != 0) {
+  if (add(kColorAttribute, guess.colorId, &m_list) != 0) {
     return kelto::failure("Unable to add '%s' state color to the record. TSC: %llu\n", name,
                           timeOf(metric));
   }
@@ -153,14 +163,14 @@ int KeltoWriter::addState(const pwr::Metric& metric, const EntityDataElement& el
 
 /// The nodes of the descriptor's state, which are written at its first use.
 int KeltoWriter::findState(const pwr::Metric& metric, const pwr::DataDescriptor& descriptor,
-                           std::uint64_t& fieldId, std::uint64_t& colorId) {
+                           kelto::StateGuess& guess) {
   kelto::DescriptorTrack& track = descriptorTrack(descriptor);
   const bool dependsOnName = descriptor.getAttributeCount() == 0;
   if (dependsOnName && track.hasStateIds) {
-    fieldId = track.fieldId;
-    colorId = track.colorId;
+    guess = {&descriptor, track.fieldId, track.colorId};
     return 0;
   }
+  guess = {nullptr, descriptor.getId(), 0};
   const char* const name = metric.name.c_str();
   m_firstText.clear();
   if (getFirstDataAttributeAsString(&descriptor, &m_firstText) != 0) {
@@ -171,8 +181,7 @@ int KeltoWriter::findState(const pwr::Metric& metric, const pwr::DataDescriptor&
     m_stateName += ' ';
     m_stateName += m_firstText;
   }
-  fieldId = descriptor.getId();
-  if (writeStateMetadata(m_stateName, m_stateName, fieldId) != 0) {
+  if (writeStateMetadata(m_stateName, m_stateName, guess.fieldId) != 0) {
     return kelto::failure("Unable to write '%s' data field metadata. TSC: %llu\n", name,
                           timeOf(metric));
   }
@@ -180,11 +189,12 @@ int KeltoWriter::findState(const pwr::Metric& metric, const pwr::DataDescriptor&
     return kelto::failure("Unable to write '%s' data field color metadata. TSC: %llu\n", name,
                           timeOf(metric));
   }
-  colorId = static_cast<std::uint64_t>(colorIds.at(m_stateName));
+  guess.colorId = static_cast<std::uint64_t>(colorIds.at(m_stateName));
   if (dependsOnName && fieldIds.contains(m_stateName)) {
+    guess.descriptor = &descriptor;
     track.hasStateIds = true;
-    track.fieldId = fieldId;
-    track.colorId = colorId;
+    track.fieldId = guess.fieldId;
+    track.colorId = guess.colorId;
   }
   return 0;
 }
@@ -202,10 +212,6 @@ kelto::DescriptorTrack& KeltoWriter::descriptorTrack(const pwr::DataDescriptor& 
 
 int KeltoWriter::addElementAttributes(const pwr::Metric& metric, const EntityDataElement& element) {
   const pwr::AttributeValueManager* const fixed = element.descriptor;
-  const bool hasNone = fixed->getAttributeCount() == 0 && element.additionalInfo == nullptr;
-  if (hasNone) {
-    return 0;
-  }
   const char* const name = metric.name.c_str();
   const bool firstAsString = metric.metricType != pwr::Metric::TRACED_VALUE_TRANSITION;
   if (processInfoAttributes(fixed, &m_list) != 0) {

@@ -38,6 +38,12 @@ std::string shown(double value) {
   return text;
 }
 
+/// Not inline: it is rare, and its strings would cost each value.
+template <typename T>
+[[gnu::noinline]] int tellUnaddedValue(const char* kind, T value) {
+  return kelto::failure("Unable to add %s value '%s' to the record.\n", kind, shown(value).c_str());
+}
+
 /// Notes that real values need a viewer, once per `wasNoted`.
 void noteRealValues(bool& wasNoted) {
   pwr::executeOnce(wasNoted, [] {
@@ -71,14 +77,12 @@ int KeltoWriter::addQuantity(const pwr::Quantity& quantity, QM2AttributeList* li
     return kelto::failure("Failed to handle quantity metadata uid:%llu'.\n",
                           static_cast<unsigned long long>(uid));
   }
-  if (addAttributeToRecord(kQuantityAttribute, static_cast<std::uint64_t>(uid), list) != 0) {
+  if (add(kQuantityAttribute, static_cast<std::uint64_t>(uid), list) != 0) {
     return kelto::failure("Unable to add quantity attribute to the record.\n");
   }
   return 0;
 }
 
-std::uint64_t KeltoWriter::bitsOf(long value) const { return static_cast<std::uint64_t>(value); }
-std::uint64_t KeltoWriter::bitsOf(unsigned long value) const { return value; }
 /// Viewers that need the legacy form know whole numbers only.
 std::uint64_t KeltoWriter::bitsOf(double value) const {
   return legacy ? pwr::realToUInt64(value) : std::bit_cast<std::uint64_t>(value);
@@ -87,10 +91,7 @@ std::uint64_t KeltoWriter::bitsOf(double value) const {
 template <typename T>
 int KeltoWriter::addValue(std::uint32_t attribute, const char* kind, T value,
                           QM2AttributeList* list) {
-  if (addAttributeToRecord(attribute, bitsOf(value), list) == 0) {
-    return 0;
-  }
-  return kelto::failure("Unable to add %s value '%s' to the record.\n", kind, shown(value).c_str());
+  return add(attribute, bitsOf(value), list) == 0 ? 0 : tellUnaddedValue(kind, value);
 }
 
 int KeltoWriter::addNumber(const pwr::Data& data, QM2AttributeList* list) {
@@ -262,7 +263,7 @@ int KeltoWriter::processStringData(const std::string& text, QM2AttributeList* li
     }
     known = nameIdStrings.emplace(text, static_cast<std::int64_t>(uid)).first;
   }
-  if (addAttributeToRecord(kInfoAttribute, static_cast<std::uint64_t>(known->second), list) != 0) {
+  if (add(kInfoAttribute, static_cast<std::uint64_t>(known->second), list) != 0) {
     return kelto::failure("Unable to add string value '%s' to the record.\n", text.c_str());
   }
   return 0;
