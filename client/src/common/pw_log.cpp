@@ -49,8 +49,9 @@ std::ostream& droppingStream() {
   return s_stream;
 }
 
-std::ostream& quietStream() {
-  return g_pluginEnvironment != nullptr ? g_pluginEnvironment->quietLog : droppingStream();
+bool showsOrTagged(std::uint32_t level, const char* tag) {
+  return shows(level) ||
+         (g_pluginEnvironment != nullptr && g_pluginEnvironment->enabledTags.contains(tag));
 }
 
 }  // namespace
@@ -80,10 +81,7 @@ void logPlainWarning(const char* format, ...) {
 }
 
 void logTaggedWarning(const char* tag, const char* format, ...) {
-  if (g_pluginEnvironment == nullptr) {
-    return;
-  }
-  if (!shows(PluginEnvironment::kWarnings) && !g_pluginEnvironment->enabledTags.contains(tag)) {
+  if (!showsOrTagged(PluginEnvironment::kWarnings, tag)) {
     return;
   }
   const ErrnoKeeper keeper;
@@ -92,6 +90,31 @@ void logTaggedWarning(const char* tag, const char* format, ...) {
   const std::string text = formatText(format, arguments);
   va_end(arguments);
   g_pluginEnvironment->warningLog.log(LogSink::kWarning, text.c_str());
+}
+
+void logTaggedError(const char* tag, const char* format, ...) {
+  if (!showsOrTagged(PluginEnvironment::kErrors, tag)) {
+    return;
+  }
+  const ErrnoKeeper keeper;
+  std::va_list arguments;
+  va_start(arguments, format);
+  const std::string text = formatText(format, arguments);
+  va_end(arguments);
+  g_pluginEnvironment->errorLog.log(LogSink::kError, text.c_str());
+}
+
+void logNote(const std::string& text) {
+  if (g_pluginEnvironment == nullptr) {
+    return;
+  }
+  const ErrnoKeeper keeper;
+  g_pluginEnvironment->warningLog.log(LogSink::kNote, (text + "\n").c_str());
+  g_pluginEnvironment->notes.push_back(text);
+}
+
+std::ostream& quietStream() {
+  return g_pluginEnvironment != nullptr ? g_pluginEnvironment->quietLog : droppingStream();
 }
 
 // The number in front of a streamed line is the level; readers of the log expect it there.
