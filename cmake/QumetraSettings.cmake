@@ -34,6 +34,10 @@ if(QUMETRA_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    add_compile_options(
+      -fsanitize-ignorelist=${CMAKE_CURRENT_SOURCE_DIR}/cmake/sanitizer_ignorelist.txt)
+  endif()
 else()
   # A shared library must not leave a symbol open by mistake. (Sanitized ones do: the runtime is in
   # the executable.)

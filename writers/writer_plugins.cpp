@@ -7,6 +7,8 @@
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
 #include "writers/plugin_list.h"
+#include "writers/textwriter_plugin/raw_writer.h"
+#include "writers/textwriter_plugin/summary_writer.h"
 
 namespace pwr {
 
@@ -93,6 +95,8 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
+    &makePlugin<SummaryWriter>,
+    &makePlugin<RawWriterV2>,
     &makePlugin<AutoWriter>,
 };
 

@@ -18,6 +18,7 @@
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/collection.h"
 #include "qumetra/recording/recording_reader.h"
+#include "qumetra/run/order_file.h"
 #include "qumetra/run/output_check.h"
 #include "qumetra/run/run.h"
 
@@ -62,6 +63,15 @@ struct Watcher {
   }
 };
 
+/// The order that the user gave, else the one that is installed with the tool, if it is.
+std::optional<pwr::MetricOrder> chosenOrder(const DeliveryOptions& options) {
+  const std::string file = options.orderFile.empty() ? defaultOrderFile() : options.orderFile;
+  if (file.empty()) {
+    return std::nullopt;
+  }
+  return readOrderFile(file);
+}
+
 CollectionOptions collectionOptions(const CollectOptions& options, const CommonOptions& common,
                                     Session& session, Watcher& watcher) {
   CollectionOptions result;
@@ -77,6 +87,7 @@ CollectionOptions collectionOptions(const CollectOptions& options, const CommonO
   }
   result.flushPeriod = fromSeconds(options.continuousSeconds.value_or(0));
   result.sources = options.sources;
+  result.metricOrder = chosenOrder(options.delivery);
   result.procfs = options.procfs;
   result.sysfs = options.sysfs;
   result.commandLine = common.commandLine;

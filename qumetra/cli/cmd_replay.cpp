@@ -8,12 +8,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/configuration.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/call_log.h"
+#include "qumetra/run/order_file.h"
 #include "qumetra/run/run.h"
 
 namespace qumetra::cli {
@@ -49,6 +51,14 @@ int closeCallLog(CallLog& log) {
   return kWrongInput;
 }
 
+/// A user's own order goes before the one that was recorded.
+void useOrder(const std::string& orderFile, RecordingReader& reader) {
+  if (!orderFile.empty()) {
+    pwr::WriterInterfaceConfigFileParser::instance()->setOrder(readOrderFile(orderFile));
+    reader.keepMetricOrder();
+  }
+}
+
 int replay(const ReplayOptions& options, const CommonOptions& common) {
   requireBaseName(options.delivery);
   Session session(common);
@@ -61,6 +71,7 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
           isLogged ? &log : nullptr);
   requireWritable(run.resultFiles());
   RecordingReader reader(options.recording, session.freshModel(), run);
+  useOrder(options.delivery.orderFile, reader);
   if (isLogged) {
     startCallLog(log, options, session.environment());
   }

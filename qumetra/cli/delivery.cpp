@@ -59,6 +59,10 @@ void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
                   "Path and beginning of the names of the result files")
       ->type_name("BASE")
       ->capture_default_str();
+  command
+      .add_option("--order", options.orderFile,
+                  "The order of features and metrics in reports, in place of the usual one")
+      ->type_name("FILE");
 }
 
 std::vector<std::string> chosenWriters(const DeliveryOptions& options,

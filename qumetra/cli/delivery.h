@@ -25,6 +25,8 @@ struct DeliveryOptions {
   /// Empty for the default.
   std::vector<std::string> writers;
   std::string base = "qumetra";
+  /// The file that tells the order of metrics; empty for the default.
+  std::string orderFile;
 };
 
 void addDeliveryOptions(CLI::App& command, DeliveryOptions& options);

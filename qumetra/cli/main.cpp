@@ -10,6 +10,7 @@
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/recording/recording_reader.h"
+#include "qumetra/run/order_file.h"
 
 namespace qumetra::cli {
 namespace {
@@ -89,6 +90,8 @@ int main(int argc, char** argv) {
     return qumetra::cli::runTool(argc, argv);
   } catch (const qumetra::RecordingError& error) {
     // Begins with the file already, as editors like to find it.
+    qumetra::cli::printNote(error.what());
+  } catch (const qumetra::OrderFileError& error) {
     qumetra::cli::printNote(error.what());
   } catch (const std::exception& error) {
     printError(error.what());

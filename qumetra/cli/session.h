@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "qumetra/collect/signals.h"
 #include "qumetra/collect/stop_signal.h"
 #include "qumetra/model/environment.h"
 #include "qumetra/model/model.h"
-#include "qumetra/run/signals.h"
 #include "qumetra/run/temp_area.h"
 #include "qumetra/run/writer_library.h"
 

@@ -64,8 +64,8 @@ void deliverHeaderTexts(MessageSink& sink, const std::vector<std::string>& lines
   }
 }
 
-/// The order of metrics in reports: as the collectors stand.
-void setMetricOrder(const std::vector<std::unique_ptr<Collector>>& collectors) {
+/// The order of metrics in reports, as the collectors stand.
+pwr::MetricOrder orderOf(const std::vector<std::unique_ptr<Collector>>& collectors) {
   pwr::MetricOrder order;
   for (const auto& collector : collectors) {
     const std::string feature = collector->info().name;
@@ -74,7 +74,7 @@ void setMetricOrder(const std::vector<std::unique_ptr<Collector>>& collectors) {
       order.metricOrder[feature].push_back(metric->spec().name);
     }
   }
-  pwr::WriterInterfaceConfigFileParser::instance()->setOrder(std::move(order));
+  return order;
 }
 
 }  // namespace
@@ -253,7 +253,8 @@ void Collection::State::start() {
   if (!options.command.empty()) {
     command.emplace(options.command, options.commandEnvironment);
   }
-  setMetricOrder(collectors);
+  pwr::WriterInterfaceConfigFileParser::instance()->setOrder(
+      options.metricOrder ? *options.metricOrder : orderOf(collectors));
 }
 
 std::unique_ptr<RecordingWriter> Collection::State::startRecording() {

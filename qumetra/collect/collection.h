@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "host/configuration.h"
 #include "qumetra/collect/stop_signal.h"
 
 namespace qumetra {
@@ -69,6 +70,8 @@ struct CollectionOptions {
   /// Names of collectors, in any order; empty for every one that this machine can serve. A missing
   /// source is an error only when its collector is named here.
   std::vector<std::string> sources;
+  /// The order of features and metrics in reports. Without one: as the collectors stand.
+  std::optional<pwr::MetricOrder> metricOrder;
   std::string procfs = "/proc";
   std::string sysfs = "/sys";
   /// The command line that the results name: program and arguments.

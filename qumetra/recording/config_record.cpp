@@ -2,9 +2,6 @@
 
 #include <deque>
 #include <string>
-#include <utility>
-
-#include "host/configuration.h"
 
 namespace qumetra {
 
@@ -25,7 +22,7 @@ std::deque<std::string> readNames(RecordObject& record, std::string_view member)
 
 }  // namespace
 
-void readConfig(RecordObject& record) {
+pwr::MetricOrder readConfig(RecordObject& record) {
   pwr::MetricOrder order;
   order.featureOrder = readNames(record, "featureOrder");
   order.featurePrefixes = readNames(record, "featurePrefixes");
@@ -37,7 +34,7 @@ void readConfig(RecordObject& record) {
     });
   }
   record.finish();
-  pwr::WriterInterfaceConfigFileParser::instance()->setOrder(std::move(order));
+  return order;
 }
 
 }  // namespace qumetra

@@ -1,12 +1,12 @@
 // The order of metrics as it stands in a record.
 #pragma once
 
+#include "host/configuration.h"
 #include "qumetra/recording/record_object.h"
 
 namespace qumetra {
 
-/// Replaces the process-wide order of features and metrics by that of the record. Throws
-/// `RecordFault`, and then changes nothing.
-void readConfig(RecordObject& record);
+/// The order of features and metrics that the record tells. Throws `RecordFault`.
+pwr::MetricOrder readConfig(RecordObject& record);
 
 }  // namespace qumetra

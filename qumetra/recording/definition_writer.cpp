@@ -70,8 +70,6 @@ std::string_view DefinitionWriter::handle(const pwr::DataHandle& object) {
       return entry.ref;
     }
   }
-  const char letter = kindName(entry.kind)[0];
-  entry.ref = quotedRef(letter, ++m_counts[static_cast<int>(entry.kind)]);
   define(object, entry);
   return entry.ref;
 }
@@ -126,6 +124,8 @@ void DefinitionWriter::defineAttributes(const pwr::AttributeValueManager& values
 
 void DefinitionWriter::write(const pwr::DataHandle& object, Entry& entry,
                              const pwr::AttributeValueManager* values) {
+  const char letter = kindName(entry.kind)[0];
+  entry.ref = quotedRef(letter, ++m_counts[static_cast<int>(entry.kind)]);
   std::string line;
   JsonText json(line);
   json.beginObject();

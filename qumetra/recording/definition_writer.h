@@ -31,18 +31,18 @@ class DefinitionWriter {
   DefinitionWriter(const DefinitionWriter&) = delete;
   DefinitionWriter& operator=(const DefinitionWriter&) = delete;
 
-  std::string_view quantity(const pwr::Quantity& quantity);
-  std::string_view handle(const pwr::DataHandle& handle);
+  std::string_view quantity(const pwr::Quantity& object);
+  std::string_view handle(const pwr::DataHandle& object);
   /// The reference, or null in JSON.
-  std::string_view quantityOrNull(const pwr::Quantity* quantity);
-  std::string_view handleOrNull(const pwr::DataHandle* handle);
+  std::string_view quantityOrNull(const pwr::Quantity* object);
+  std::string_view handleOrNull(const pwr::DataHandle* object);
   /// The reference, or the empty text.
-  std::string_view handleOrNothing(const pwr::DataHandle* handle);
+  std::string_view handleOrNothing(const pwr::DataHandle* object);
 
   /// Writes the attribute values as they are now, if the object is defined already.
-  void attributesChanged(const pwr::DataHandle& handle);
+  void attributesChanged(const pwr::DataHandle& object);
   /// Writes the end time of a process or thread, if it is defined already.
-  void ended(const pwr::DataHandle& handle);
+  void ended(const pwr::DataHandle& object);
 
   void appendData(JsonText& json, const pwr::Data& value);
   /// The key of an additional information: the object that has the id, or the id itself.
@@ -52,26 +52,27 @@ class DefinitionWriter {
   enum class Kind { Attribute, Entity, Descriptor, NameValuePair, Process, Thread, Column, Count };
   struct Entry {
     Kind kind = Kind::Column;
+    /// Empty until the definition is written.
     std::string ref;
     /// False while the things that the definition refers to are being defined.
     bool isWritten = false;
   };
 
-  static Kind kindOf(const pwr::DataHandle& handle);
+  static Kind kindOf(const pwr::DataHandle& object);
   static const char* kindName(Kind kind);
 
-  void define(const pwr::DataHandle& handle, Entry& entry);
-  void defineBare(const pwr::DataHandle& handle, Entry& entry);
-  void defineFixedParts(const pwr::DataHandle& handle);
+  void define(const pwr::DataHandle& object, Entry& entry);
+  void defineBare(const pwr::DataHandle& object, Entry& entry);
+  void defineFixedParts(const pwr::DataHandle& object);
   void defineAttributes(const pwr::AttributeValueManager& values);
-  void write(const pwr::DataHandle& handle, Entry& entry, const pwr::AttributeValueManager* values);
-  void writeQuantity(const pwr::Quantity& quantity, std::string_view ref, std::string_view rate,
+  void write(const pwr::DataHandle& object, Entry& entry, const pwr::AttributeValueManager* values);
+  void writeQuantity(const pwr::Quantity& object, std::string_view ref, std::string_view rate,
                      double factor);
   void writeAttributes(std::string_view ref, const pwr::AttributeValueManager& values);
-  void appendTexts(JsonText& json, const pwr::DataHandle& handle);
-  void appendMembers(JsonText& json, const pwr::DataHandle& handle, Kind kind);
+  void appendTexts(JsonText& json, const pwr::DataHandle& object);
+  void appendMembers(JsonText& json, const pwr::DataHandle& object, Kind kind);
   void appendAttributes(JsonText& json, const pwr::AttributeValueManager& values);
-  void appendExpected(JsonText& json, const pwr::DataHandle& handle);
+  void appendExpected(JsonText& json, const pwr::DataHandle& object);
   std::uint64_t takeId(std::uint64_t wanted);
 
   BlockFile& m_file;

@@ -21,7 +21,21 @@ constexpr std::uint32_t kStillOpen = std::numeric_limits<std::uint32_t>::max();
 /// The parser counts in 32 bits.
 constexpr std::size_t kMaxLineSize = std::numeric_limits<std::uint32_t>::max() - 1;
 
+/// No record is as deep; only junk is.
+constexpr int kDeepestPath = 20;
+
 std::string byteText(std::size_t at) { return "byte " + std::to_string(at + 1); }
+
+/// What the parser could not read, at a place that may be empty.
+std::string parseFault(rapidjson::ParseErrorCode code, const std::string& place) {
+  if (code == rapidjson::kParseErrorNumberTooBig) {
+    return place + ": a number out of range; expected one that a 64-bit real holds";
+  }
+  std::string reason = rapidjson::GetParseError_En(code);
+  reason.erase(reason.find_last_not_of('.') + 1);
+  return "no JSON" + (place.empty() ? "" : " at " + place) + ": " + reason +
+         "; expected one JSON object";
+}
 
 }  // namespace
 
@@ -102,8 +116,7 @@ JsonFaults JsonLine::parse(char* text, std::size_t size) {
   rapidjson::InsituStringStream stream(text);
   const rapidjson::ParseResult result = m_reader.Parse<kParseFlags>(stream, builder);
   if (result.IsError()) {
-    faults.syntax = std::string("no JSON: ") + rapidjson::GetParseError_En(result.Code()) +
-                    parsePlace(builder) + "; expected one JSON object";
+    faults.syntax = parseFault(result.Code(), parsePlace(builder));
   } else if (stream.Tell() != replaced.size) {
     // The parser takes a zero byte for the end of the text.
     faults.syntax = "no JSON: a zero byte in the line; expected \\u0000";
@@ -123,13 +136,16 @@ std::string JsonLine::parsePlace(const Builder& builder) const {
   } else if (!builder.pendingName().empty()) {
     place += (place.empty() ? "" : ".") + std::string(builder.pendingName());
   }
-  return place.empty() ? place : " (at " + place + ')';
+  return place;
 }
 
 std::string JsonLine::path(std::uint32_t index) const {
   std::string path;
   std::uint32_t at = 0;
-  while (at != index) {
+  for (int depth = 0; at != index; ++depth) {
+    if (depth == kDeepestPath) {
+      return path + "...";
+    }
     const bool isList = m_nodes[at].kind == Kind::List;
     std::size_t element = 0;
     ++at;

@@ -56,6 +56,7 @@ class JsonLine {
   /// Gets the parser's events.
   class Builder;
 
+  /// Where the parser stopped.
   std::string parsePlace(const Builder& builder) const;
 
   std::vector<Node> m_nodes;

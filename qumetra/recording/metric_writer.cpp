@@ -1,7 +1,7 @@
 #include "qumetra/recording/metric_writer.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 
 namespace qumetra {
 
@@ -14,25 +14,29 @@ using pwr::Metric;
 /// when it comes back; without a limit, a metric that never says the same would fill the memory.
 constexpr std::size_t kRemembered = 64;
 
-// Equality of what `read` gets out of two values. Reals are equal when their bits are: a changed
-// sign of zero is a change, NaN is none.
+// Reals are equal when their bits are: a changed sign of zero is a change, NaN is none.
 
 template <typename T>
+bool isEqual(const T& left, const T& right) {
+  return left == right;
+}
+
+bool isEqual(double left, double right) {
+  return std::bit_cast<std::uint64_t>(left) == std::bit_cast<std::uint64_t>(right);
+}
+
+bool isEqual(const Data::RealRange& left, const Data::RealRange& right) {
+  return isEqual(left.first, right.first) && isEqual(left.second, right.second);
+}
+
+/// Equality of what `read` gets out of two values.
+template <typename T>
 bool isSame(const Data& left, const Data& right, int (Data::*read)(T&) const) {
-  static_assert(!std::is_same_v<T, std::string>);
   T leftValue{};
   T rightValue{};
   (left.*read)(leftValue);
   (right.*read)(rightValue);
-  return std::memcmp(&leftValue, &rightValue, sizeof leftValue) == 0;
-}
-
-bool isSameText(const Data& left, const Data& right) {
-  std::string leftText;
-  std::string rightText;
-  left.toString(leftText);
-  right.toString(rightText);
-  return leftText == rightText;
+  return isEqual(leftValue, rightValue);
 }
 
 bool isSameData(const Data& left, const Data& right) {
@@ -55,7 +59,7 @@ bool isSameData(const Data& left, const Data& right) {
     case Data::kHandle:
       return isSame(left, right, &Data::toHandle);
     case Data::kString:
-      return isSameText(left, right);
+      return isSame(left, right, &Data::toString);
     default:
       return true;
   }

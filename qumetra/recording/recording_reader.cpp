@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/configuration.h"
 #include "qumetra/model/message_sink.h"
 #include "qumetra/model/model.h"
 #include "qumetra/recording/config_record.h"
@@ -60,6 +61,7 @@ struct RecordingReader::State {
   WarningHandler warn = [](const std::string&) {};
   bool hasVersion = false;
   bool hasConfig = false;
+  bool keepsOrder = false;
   bool wasInterrupted = false;
   bool hasEnded = false;
 };
@@ -72,6 +74,8 @@ RecordingReader::~RecordingReader() = default;
 void RecordingReader::setWarningHandler(WarningHandler handler) {
   m_state->warn = std::move(handler);
 }
+
+void RecordingReader::keepMetricOrder() { m_state->keepsOrder = true; }
 
 bool RecordingReader::readLine() {
   if (m_state->hasEnded) {
@@ -183,7 +187,10 @@ void RecordingReader::State::config(RecordObject& record) {
   if (messageRecords.hasDelivered()) {
     record.value().fail("a record behind the first message", "it before");
   }
-  readConfig(record);
+  pwr::MetricOrder order = readConfig(record);
+  if (!keepsOrder) {
+    pwr::WriterInterfaceConfigFileParser::instance()->setOrder(std::move(order));
+  }
   hasConfig = true;
 }
 

@@ -20,8 +20,10 @@ class RecordingError : public std::runtime_error {
 };
 
 /// Reads a recording line by line; memory does not grow with the number of messages. Objects that
-/// the recording defines go into the model, messages to the sink. A `config` record replaces the
-/// process-wide metric order. Model and sink are borrowed and must outlive the reader.
+/// the recording defines go into the model and live as long as it, as do metadata and notes;
+/// messages go to the sink and live for the call. A `config` record replaces the
+/// process-wide metric order. Model and sink are borrowed and must outlive the reader. A last line
+/// that was interrupted is a warning. What the sink throws passes through. Not synchronised.
 class RecordingReader {
  public:
   using WarningHandler = std::function<void(const std::string& text)>;
@@ -34,6 +36,10 @@ class RecordingReader {
 
   /// Gets the warnings, without a line end. By default they are dropped.
   void setWarningHandler(WarningHandler handler);
+
+  /// From now on a `config` record is checked but leaves the process-wide order as it is, for a
+  /// user who has given an order of their own.
+  void keepMetricOrder();
 
   /// Reads one line and delivers what it holds. Returns false at the end of the file. Throws
   /// `RecordingError` at a fault; all before it has been delivered, and reading cannot go on.

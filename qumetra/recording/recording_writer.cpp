@@ -87,6 +87,8 @@ struct RecordingWriter::State {
   /// The metadata of the last system message and what the recording says of it.
   const pwr::SystemMetadata* lastMetadata = nullptr;
   std::optional<MetadataText> lastText;
+  /// Changes of metadata have been written.
+  bool hasChanges = false;
   std::uint64_t systemCount = 0;
   /// Where the first system record stands, its line end left out.
   std::uint64_t firstSystemAt = 0;
@@ -120,10 +122,15 @@ bool RecordingWriter::rewriteSystem(const pwr::SystemMessage& message) {
   }
   record.resize(state.firstSystemSize, ' ');
   state.file.overwrite(state.firstSystemAt, record);
-  if (state.systemCount == 1) {
-    state.lastMetadata = message.m_metadata;
-    state.lastText = std::move(text);
+  if (state.systemCount > 1) {
+    return true;
   }
+  state.lastMetadata = message.m_metadata;
+  if (state.hasChanges && message.m_metadata != nullptr) {
+    // The changes stand behind the record and would undo it for a reader.
+    state.writeChanges(*message.m_metadata);
+  }
+  state.lastText = std::move(text);
   return true;
 }
 
@@ -242,6 +249,7 @@ void RecordingWriter::State::writeChanges(const pwr::SystemMetadata& metadata) {
   const std::string changes = text.changesFrom(*lastText);
   if (!changes.empty()) {
     write("metadata", [&](JsonText& json) { json.raw(changes); });
+    hasChanges = true;
   }
   lastText = std::move(text);
 }

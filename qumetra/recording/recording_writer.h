@@ -9,7 +9,10 @@
 namespace qumetra {
 
 /// A message sink that writes a recording. Every object is defined before its first use, with its
-/// id. A first failure to write sticks: later calls write nothing and `close` returns the failure.
+/// id; an id drawn at run time, which a recording cannot hold, is replaced by a high one. Objects
+/// are told apart by their addresses and must outlive the writer; metrics are told apart by what
+/// they say. A first failure to write sticks: later calls write nothing and `close` returns the
+/// failure. Not synchronised.
 ///
 /// The first system message is written with room to spare, so that `rewriteSystem` can put the
 /// final metadata in its place: a collection knows its end only when it is over.
@@ -36,7 +39,7 @@ class RecordingWriter : public MessageSink {
   void config();
   void note(const std::string& text);
   /// Writes `message` over the first system record. Returns false, and changes nothing, when it
-  /// does not fit.
+  /// does not fit or there is no such record.
   bool rewriteSystem(const pwr::SystemMessage& message);
 
   /// Brings what is buffered to the file, so that a kill loses nothing written before.

@@ -1,7 +1,5 @@
 #include "qumetra/collect/collection.h"
 
-#include <signal.h>
-
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -13,9 +11,7 @@
 #include "host/handles.h"
 #include "host/platform_metadata.h"
 #include "qumetra/model/model.h"
-#include "qumetra/recording/recording_reader.h"
-#include "tests/collect/fake_machine.h"
-#include "tests/collect/keeping_sink.h"
+#include "tests/collect/collection_fixture.h"
 
 namespace qumetra::test {
 namespace {
@@ -25,68 +21,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-
-/// Reads a recording into a sink, with a model of its own.
-class Replay {
- public:
-  explicit Replay(const std::string& path) {
-    RecordingReader reader(path, m_model, sink);
-    reader.setWarningHandler([this](const std::string& text) { warnings.push_back(text); });
-    reader.readAll();
-  }
-
- private:
-  Model m_model;
-
- public:
-  KeepingSink sink;
-  std::vector<std::string> warnings;
-};
-
-/// A collection from a machine of files: two CPUs with one idle state each.
-class CollectionTest : public testing::Test {
- protected:
-  CollectionTest() {
-    m_machine.addCpu(0, 0, 0);
-    m_machine.addCpu(1, 0, 1);
-    m_machine.writeSys("devices/system/cpu/online", "0-1\n");
-    m_machine.writeProc("stat", cpuLine(0, {}) + cpuLine(1, {}) + "intr 5\nctxt 6\n");
-    m_machine.addIdleState(0, 0, "C1", 1, 1);
-    m_machine.addIdleState(1, 0, "C1", 1, 1);
-    options.procfs = m_machine.procfs();
-    options.sysfs = m_machine.sysfs();
-    options.interval = milliseconds(10);
-    options.duration = milliseconds(50);
-    options.recordPath = directory.file("out.qmrec");
-    options.notice = [this](const std::string& line) { notices.push_back(line); };
-  }
-
-  /// Opens and runs a collection as the options tell.
-  CollectionResult collect(MessageSink* live = nullptr) {
-    Model model;
-    Collection collection(options, model, stop);
-    collection.open();
-    return collection.run(live);
-  }
-  /// The same for what must fail when it is opened.
-  std::string failureOfOpen() {
-    Model model;
-    Collection collection(options, model, stop);
-    try {
-      collection.open();
-    } catch (const CollectionError& error) {
-      return error.what();
-    }
-    ADD_FAILURE() << "opened";
-    return "";
-  }
-
-  FakeMachine m_machine;
-  TempDir directory;
-  StopSignal stop;
-  CollectionOptions options;
-  std::vector<std::string> notices;
-};
 
 TEST_F(CollectionTest, TheRecordingHoldsTheMessagesInOrder) {
   collect();
@@ -117,6 +51,7 @@ TEST_F(CollectionTest, TheFirstSampleIsAfterTheStart) {
 }
 
 TEST_F(CollectionTest, TimestampsOfAMetricGrow) {
+  options.duration = milliseconds(200);
   collect();
   const Replay replay(options.recordPath);
   const auto samples = replay.sink.samplesOf("CPU Time");
@@ -321,6 +256,7 @@ TEST_F(CollectionTest, RunningWithoutOpeningIsAnError) {
 }
 
 TEST_F(CollectionTest, ProgressGrowsWithTheSamples) {
+  options.duration = milliseconds(200);
   std::vector<CollectionProgress> seen;
   options.progress = [&seen](const CollectionProgress& progress) { seen.push_back(progress); };
   const CollectionResult result = collect();
@@ -337,119 +273,6 @@ TEST_F(CollectionTest, SourcesAreListedWithWhatTheyRead) {
   EXPECT_EQ("cpu_time", sources[0].name);
   EXPECT_EQ("<procfs>/stat", sources[0].reads);
   EXPECT_EQ("cpu_idle", sources[1].name);
-}
-
-// With a command.
-
-TEST_F(CollectionTest, ACollectionLastsAsLongAsItsCommand) {
-  options.duration.reset();
-  options.command = {"sh", "-c", "sleep 0.05; exit 7"};
-  const CollectionResult result = collect();
-  EXPECT_EQ(7, result.commandStatus);
-  EXPECT_FALSE(result.stopped);
-  EXPECT_GE(result.progress.elapsed, milliseconds(50));
-  EXPECT_THAT(Replay(options.recordPath).sink.headers,
-              testing::IsSupersetOf({"Command: sh -c 'sleep 0.05; exit 7'", "Command status: 7"}));
-}
-
-TEST_F(CollectionTest, ACommandThatIsNotThereLeavesNothingBehind) {
-  options.command = {"no-such-command-at-all"};
-  try {
-    collect();
-    FAIL() << "collected";
-  } catch (const CommandError& error) {
-    EXPECT_EQ(127, error.status());
-  }
-  EXPECT_FALSE(std::filesystem::exists(options.recordPath));
-}
-
-TEST_F(CollectionTest, ATimeLimitsTheMeasuringAndTheCommandGoesOn) {
-  options.command = {"sh", "-c", "sleep 0.3; exit 5"};
-  options.duration = milliseconds(20);
-  Model model;
-  Collection collection(options, model, stop);
-  collection.open();
-  const CollectionResult result = collection.run();
-  EXPECT_EQ(std::nullopt, result.commandStatus);
-  EXPECT_EQ(5, collection.waitForCommand());
-  EXPECT_EQ(5, collection.waitForCommand()) << "asked again";
-}
-
-TEST_F(CollectionTest, AfterAStopRequestACommandThatGoesOnIsToldToEnd) {
-  options.command = {"sleep", "1000"};
-  stop.requestStop();
-  Model model;
-  Collection collection(options, model, stop);
-  collection.open();
-  EXPECT_TRUE(collection.run().stopped);
-  EXPECT_EQ(128 + SIGTERM, collection.waitForCommand());
-}
-
-TEST_F(CollectionTest, WithoutACommandThereIsNothingToWaitFor) {
-  Model model;
-  Collection collection(options, model, stop);
-  EXPECT_EQ(0, collection.waitForCommand());
-}
-
-// Live.
-
-TEST_F(CollectionTest, ALiveCollectionDeliversWithoutARecording) {
-  options.recordPath.clear();
-  KeepingSink sink;
-  collect(&sink);
-  EXPECT_THAT(sink.order, ElementsAre("system", "header", "container", "sample", "flush",
-                                      "metadata", "header", "text", "table"));
-}
-
-class LiveCollectionTest : public CollectionTest {
- protected:
-  LiveCollectionTest() {
-    options.recordPath.clear();
-    options.interval = milliseconds(5);
-  }
-  KeepingSink sink;
-};
-
-TEST_F(LiveCollectionTest, FlushesComeEveryPeriodAndAtTheEnd) {
-  options.duration = milliseconds(110);
-  options.flushPeriod = milliseconds(50);
-  collect(&sink);
-  ASSERT_GE(sink.flushes.size(), 3U);
-  EXPECT_LT(sink.flushes.front(), sink.flushes.back());
-  EXPECT_EQ(sink.samples.back().timestamp, sink.flushes.back());
-}
-
-TEST_F(LiveCollectionTest, ARequestFlushesOnce) {
-  stop.requestFlush();
-  collect(&sink);
-  EXPECT_EQ(2U, sink.flushes.size()) << "one asked for, one at the end";
-}
-
-TEST_F(LiveCollectionTest, WithoutPeriodAndRequestThereIsTheLastFlushOnly) {
-  collect(&sink);
-  EXPECT_EQ(1U, sink.flushes.size());
-}
-
-TEST_F(LiveCollectionTest, ARecordingHoldsTheSameAndTheFlushes) {
-  options.recordPath = directory.file("live.qmrec");
-  options.flushPeriod = milliseconds(20);
-  collect(&sink);
-  const Replay replay(options.recordPath);
-  EXPECT_EQ(sink.flushes.size(), replay.sink.flushes.size());
-  ASSERT_EQ(sink.samples.size(), replay.sink.samples.size());
-  for (std::size_t i = 0; i < sink.samples.size(); ++i) {
-    EXPECT_EQ(sink.samples[i].timestamp, replay.sink.samples[i].timestamp);
-    EXPECT_EQ(sink.samples[i].elements, replay.sink.samples[i].elements);
-  }
-  EXPECT_EQ(sink.headers, replay.sink.headers);
-  EXPECT_EQ(sink.rowsOf("CPU Time Summary: Residency (Percentage and Time)"),
-            replay.sink.rowsOf("CPU Time Summary: Residency (Percentage and Time)"));
-}
-
-TEST_F(CollectionTest, ARecordedCollectionIgnoresFlushRequests) {
-  stop.requestFlush();
-  collect();
-  EXPECT_THAT(Replay(options.recordPath).sink.flushes, IsEmpty());
 }
 
 // This machine.

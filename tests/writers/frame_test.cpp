@@ -33,6 +33,18 @@ struct ExpectedWriter {
 /// The writers in the order of their creation.
 const std::vector<ExpectedWriter>& expectedWriters() {
   static const std::vector<ExpectedWriter> writers = {
+      {"108d88ba-5ee4-11e4-aa15-123b93f75cba",
+       "sum",
+       ".csv",
+       {0},
+       0,
+       "Write summary reports for all collected metrics to CSV file [default]"},
+      {"2e820d9e-2f9e-4cdb-a81d-056273a7a391",
+       "raw",
+       ".txt",
+       {},
+       2,
+       "Print raw text data to *.txt file"},
       {"894d2fa0-61c8-11e7-9598-0800200c9a66",
        "auto",
        ".csv",

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "writers/textwriter_plugin/summary_writer.h"
 #include "writers/writer_plugins.h"
 
 namespace {
@@ -87,6 +88,10 @@ class OneMore : public Base {
 
 TEST(WriterPluginSlots, NextOperationOfAWriterTakesSlotNineteen) {
   EXPECT_EQ(slotOf(&OneMore<WriterPlugin>::next), 19);
+}
+
+TEST(WriterPluginSlots, SummaryWriterAddsNone) {
+  EXPECT_EQ(slotOf(&OneMore<SummaryWriter>::next), 19);
 }
 
 TEST(PluginCapabilitySlots, DestructorIsAllThereIs) {

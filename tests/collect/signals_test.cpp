@@ -1,4 +1,4 @@
-#include "qumetra/run/signals.h"
+#include "qumetra/collect/signals.h"
 
 #include <signal.h>
 #include <unistd.h>

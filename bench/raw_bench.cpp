@@ -1,0 +1,302 @@
+// Raw text, next to a program that makes the same bytes from plain arrays: it spills each cell with
+// its length, through 1 MiB blocks, and pads the cells in a second pass.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bench/support/ratio.h"
+#include "bench/support/scratch.h"
+#include "host/handles.h"
+#include "host/metric.h"
+#include "host/quantity.h"
+#include "writers/textwriter_plugin/raw_writer.h"
+
+namespace {
+
+using qumetra::bench::Scratch;
+
+/// Values per sample: half reals, half integers, as a collection of this size brings them.
+constexpr std::size_t kColumns = 16;
+/// Samples differ in their values and repeat after so many, so that input takes no memory to speak
+/// of.
+constexpr std::size_t kSamples = 256;
+constexpr std::size_t kBlockSize = 0x100000;
+constexpr std::size_t kLongestText = 32;
+
+/// What is measured, as plain arrays.
+struct Values {
+  std::array<std::uint64_t, kSamples> timestamps{};
+  std::array<std::array<double, kColumns / 2>, kSamples> reals{};
+  std::array<std::array<std::uint64_t, kColumns / 2>, kSamples> counts{};
+};
+
+const Values& values() {
+  static const Values made = [] {
+    Values result;
+    std::uint64_t state = 42;
+    const auto next = [&state] {
+      return state = state * 6364136223846793005U + 1442695040888963407U;
+    };
+    for (std::size_t i = 0; i < kSamples; ++i) {
+      result.timestamps[i] = 1'000'000'000'000 + i * 1'000'003;
+      for (std::size_t j = 0; j < kColumns / 2; ++j) {
+        result.reals[i][j] = static_cast<double>(next() >> 44) / 7919;
+        result.counts[i][j] = next() >> 40;
+      }
+    }
+    return result;
+  }();
+  return made;
+}
+
+/// The same as messages of a host.
+class Messages {
+ public:
+  Messages() {
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      m_entities.push_back(std::make_unique<pwr::EntityHandle>(
+          100 + i, pwr::HandleTexts{"CPU" + std::to_string(i), "", ""}, nullptr));
+    }
+    for (std::size_t i = 0; i < kSamples; ++i) {
+      m_samples.push_back(makeSample(i));
+    }
+  }
+
+  const pwr::Metric& sample(std::size_t number) const { return *m_samples[number % kSamples]; }
+
+ private:
+  std::unique_ptr<pwr::Metric> makeSample(std::size_t number) {
+    auto metric = std::make_unique<pwr::Metric>();
+    metric->name = "Package Power";
+    metric->metricId = 7;
+    metric->quantity = &m_quantity;
+    pwr::SampleData data;
+    data.timestamp = values().timestamps[number];
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      pwr::Data value = i % 2 == 0
+                            ? pwr::Data(values().reals[number][i / 2])
+                            : pwr::Data(static_cast<unsigned long>(values().counts[number][i / 2]));
+      m_elements.push_back(std::make_unique<pwr::DataElement>(m_entities[i].get(), nullptr, nullptr,
+                                                              std::move(value), 0, nullptr));
+      data.elements.push_back(m_elements.back().get());
+    }
+    metric->setData(std::move(data));
+    return metric;
+  }
+
+  pwr::Quantity m_quantity{1, 3, "Power", "mW", "Power (mW)"};
+  std::vector<std::unique_ptr<pwr::EntityHandle>> m_entities;
+  std::vector<std::unique_ptr<pwr::DataElement>> m_elements;
+  std::vector<std::unique_ptr<pwr::Metric>> m_samples;
+};
+
+const Messages& messages() {
+  static const Messages made;
+  return made;
+}
+
+void writeRaw(const std::string& base, std::size_t elements) {
+  RawWriterV2 writer;
+  if (writer.init(base, false) != 0) {
+    std::abort();
+  }
+  for (std::size_t i = 0; i < elements / kColumns; ++i) {
+    writer.writeMessage(messages().sample(i));
+  }
+  writer.fini();
+}
+
+// The floor.
+
+std::size_t realText(char* out, double value) {
+  char* end = std::to_chars(out, out + kLongestText, value, std::chars_format::fixed, 6).ptr;
+  while (end[-1] == '0') {
+    --end;
+  }
+  return static_cast<std::size_t>((end[-1] == '.' ? end - 1 : end) - out);
+}
+
+std::size_t countText(char* out, std::uint64_t value) {
+  return static_cast<std::size_t>(std::to_chars(out, out + kLongestText, value).ptr - out);
+}
+
+/// Spilled cells, and the widths of their columns.
+class FloorTable {
+ public:
+  explicit FloorTable(const std::string& path)
+      : m_file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)),
+        m_block(kBlockSize),
+        m_outBlock(kBlockSize + 1) {}
+  FloorTable(const FloorTable&) = delete;
+  FloorTable& operator=(const FloorTable&) = delete;
+  ~FloorTable() { ::close(m_file); }
+
+  void row(std::size_t sample) {
+    const Values& all = values();
+    cell(0, [&](char* out) { return countText(out, all.timestamps[sample]); });
+    for (std::size_t i = 0; i < kColumns / 2; ++i) {
+      cell(1 + 2 * i, [&](char* out) { return realText(out, all.reals[sample][i]); });
+      cell(2 + 2 * i, [&](char* out) { return countText(out, all.counts[sample][i]); });
+    }
+  }
+
+  /// The second pass.
+  void layOut(const std::string& path) {
+    spill();
+    m_out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    titles();
+    ::lseek(m_file, 0, SEEK_SET);
+    std::size_t column = 0;
+    std::size_t kept = 0;
+    for (ssize_t got = 0; (got = ::read(m_file, m_block.data() + kept, kBlockSize - kept)) > 0;) {
+      const std::size_t end = kept + static_cast<std::size_t>(got);
+      const std::size_t taken = cells(end, column);
+      kept = end - taken;
+      std::memmove(m_block.data(), m_block.data() + taken, kept);
+    }
+    put("\n");  // The block has a byte to spare for it.
+    writeOut();
+    ::close(m_out);
+  }
+
+ private:
+  template <typename Format>
+  void cell(std::size_t column, Format format) {
+    if (kBlockSize - m_used < 1 + kLongestText) {
+      spill();
+    }
+    char* record = m_block.data() + m_used;
+    const std::size_t length = format(record + 1);
+    *record = static_cast<char>(length);
+    m_used += 1 + length;
+    m_widths[column] = std::max(m_widths[column], length);
+  }
+
+  void spill() {
+    if (::write(m_file, m_block.data(), m_used) != static_cast<ssize_t>(m_used)) {
+      std::abort();
+    }
+    m_used = 0;
+  }
+
+  void titles() {
+    put("Package Power\n");
+    for (std::size_t i = 0; i <= kColumns; ++i) {
+      const std::string title = i == 0 ? "Timestamp" : "CPU" + std::to_string(i - 1) + " (mW)";
+      m_widths[i] = std::max(m_widths[i], title.size());
+      padded(i, title);
+    }
+  }
+
+  /// Pads the whole records of the block and returns where they end.
+  std::size_t cells(std::size_t end, std::size_t& column) {
+    std::size_t position = 0;
+    while (position < end) {
+      const std::size_t length = static_cast<unsigned char>(m_block[position]);
+      if (end - position - 1 < length) {
+        break;
+      }
+      padded(column, {m_block.data() + position + 1, length});
+      position += 1 + length;
+      column = column == kColumns ? 0 : column + 1;
+    }
+    return position;
+  }
+
+  void padded(std::size_t column, std::string_view text) {
+    const std::size_t padding = m_widths[column] - text.size();
+    if (kBlockSize - m_outUsed < 3 + padding + text.size()) {
+      writeOut();
+    }
+    char* out = m_outBlock.data() + m_outUsed;
+    if (column > 0) {
+      *out++ = ',';
+      *out++ = ' ';
+    }
+    std::memset(out, ' ', padding);
+    std::memcpy(out + padding, text.data(), text.size());
+    out += padding + text.size();
+    if (column == kColumns) {
+      *out++ = '\n';
+    }
+    m_outUsed = static_cast<std::size_t>(out - m_outBlock.data());
+  }
+
+  void put(std::string_view text) {
+    std::memcpy(m_outBlock.data() + m_outUsed, text.data(), text.size());
+    m_outUsed += text.size();
+  }
+
+  void writeOut() {
+    if (::write(m_out, m_outBlock.data(), m_outUsed) != static_cast<ssize_t>(m_outUsed)) {
+      std::abort();
+    }
+    m_outUsed = 0;
+  }
+
+  int m_file;
+  int m_out = -1;
+  std::vector<char> m_block;
+  std::size_t m_used = 0;
+  std::vector<char> m_outBlock;
+  std::size_t m_outUsed = 0;
+  std::array<std::size_t, kColumns + 1> m_widths{};
+};
+
+void writeFloor(const std::string& path, std::size_t elements) {
+  const Scratch spill("raw_spill");
+  FloorTable table(spill.path());
+  for (std::size_t i = 0; i < elements / kColumns; ++i) {
+    table.row(i % kSamples);
+  }
+  table.layOut(path);
+}
+
+std::string bytesOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// A ratio means something only when both sides make the same bytes.
+bool sidesAgree() {
+  constexpr std::size_t kElements = 200'000;
+  const Scratch subject("raw_check.txt");
+  const Scratch floor("raw_check_floor");
+  writeRaw(subject.path().substr(0, subject.path().size() - 4), kElements);
+  writeFloor(floor.path(), kElements);
+  const std::string bytes = bytesOf(subject.path());
+  return !bytes.empty() && bytes == bytesOf(floor.path());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (!sidesAgree()) {
+    std::fprintf(stderr, "raw_bench: the floor makes other bytes than the writer\n");
+    return 1;
+  }
+  const auto subject = [](std::size_t elements) {
+    const Scratch file("raw.txt");
+    writeRaw(file.path().substr(0, file.path().size() - 4), elements);
+  };
+  const auto floor = [](std::size_t elements) {
+    const Scratch file("raw_floor");
+    writeFloor(file.path(), elements);
+  };
+  qumetra::bench::addContest({"raw", 2'048'000, subject, floor});
+  return qumetra::bench::runContests(argc, argv);
+}

@@ -1,0 +1,7 @@
+#include "client/src/common/buffer_provider.h"
+
+namespace pwr {
+
+QMBufferProvider::~QMBufferProvider() = default;
+
+}  // namespace pwr
