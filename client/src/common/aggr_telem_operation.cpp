@@ -17,8 +17,9 @@ constexpr std::array c_describedCategories = {"COUNTER-FIELD-NAME", "BIT-RANGE",
 
 }  // namespace
 
-AggrTelemOperation::AggrTelemOperation(const std::string& counterName, const std::string& fieldName,
-                                       const pwr::AggrTelemCounterInfo& info)
+// NOLINTBEGIN(performance-unnecessary-value-param)
+AggrTelemOperation::AggrTelemOperation(std::string counterName, std::string fieldName,
+                                       pwr::AggrTelemCounterInfo info)
     : HWOperation("AGGR-TELEM", c_sampleBytes) {
   init_i();
   setEndpointGUID(info.guid);
@@ -30,6 +31,7 @@ AggrTelemOperation::AggrTelemOperation(const std::string& counterName, const std
   HWOperation::set("COUNTER-NAME", counterName);
   HWOperation::set("COUNTER-FIELD-NAME", fieldName);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 AggrTelemOperation::AggrTelemOperation(const AggrTelemOperation& other) = default;
 AggrTelemOperation::~AggrTelemOperation() = default;

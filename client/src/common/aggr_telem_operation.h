@@ -9,8 +9,9 @@
 /// Eight bytes: the sample that holds a field of a counter. Can be read only.
 class AggrTelemOperation : public HWOperation {
  public:
-  AggrTelemOperation(const std::string& counterName, const std::string& fieldName,
-                     const pwr::AggrTelemCounterInfo& info);
+  // By value, as callers that were built before expect it.
+  AggrTelemOperation(std::string counterName, std::string fieldName,
+                     pwr::AggrTelemCounterInfo info);
   AggrTelemOperation(const AggrTelemOperation& other);
   ~AggrTelemOperation() override;
 
