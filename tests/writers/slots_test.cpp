@@ -1,10 +1,7 @@
 // The order of the virtual operations, which hosts are built against.
-//
-// A pointer to a virtual member function holds 1 + 8 * slot in the Itanium C++ ABI, where a virtual
-// destructor takes two slots. So the tests need no call and no object.
+#include "tests/support/slots.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <deque>
 #include <string>
 
@@ -15,23 +12,10 @@
 
 namespace {
 
-#if !defined(__x86_64__)
-#error "Pointers to member functions are laid out otherwise here."
-#endif
+using qumetra::test::OneMore;
+using qumetra::test::slotOf;
 
 constexpr int kDestructorSlots = 2;
-
-/// The slot of a virtual operation, counted from 0; -1 for an operation that is not virtual.
-template <typename MemberFunction>
-int slotOf(MemberFunction function) {
-  std::uintptr_t value = 0;
-  static_assert(sizeof(function) >= sizeof(value));
-  std::memcpy(&value, &function, sizeof(value));
-  if (value % 2 == 0) {
-    return -1;  // The address of a function.
-  }
-  return static_cast<int>((value - 1) / sizeof(void*));
-}
 
 template <typename Message>
 int writeMessageSlot() {
@@ -78,13 +62,6 @@ TEST(WriterPluginSlots, FieldOperationsAreNotVirtual) {
   EXPECT_EQ(slotOf(&WriterPlugin::getFieldNameFromHandle), -1);
   EXPECT_EQ(slotOf(&WriterPlugin::getFieldValueFromHandle), -1);
 }
-
-/// Adds one slot behind those of its base.
-template <typename Base>
-class OneMore : public Base {
- public:
-  virtual void next() {}
-};
 
 TEST(WriterPluginSlots, NextOperationOfAWriterTakesSlotNineteen) {
   EXPECT_EQ(slotOf(&OneMore<WriterPlugin>::next), 19);
