@@ -64,12 +64,14 @@ int runTool(int argc, char** argv) {
   addCollectCommand(app, action);
   addReplayCommand(app, action);
   addWritersCommand(app, action);
+  addPlatformCommand(app, action);
   app.footer(
       "Examples:\n"
       "  qumetra collect -t 10                 measure for ten seconds, results in qumetra.*\n"
       "  qumetra collect -r all -- make        measure while a command runs\n"
       "  qumetra replay run.qmrec -r sum,json  make results of a recording\n"
       "  qumetra writers                       which results there are\n"
+      "  qumetra platform                      what is known of this machine\n"
       "\n"
       "Exit status: 0 done; 1 a writer failed; 2 wrong usage or a file that cannot be used; with\n"
       "a command the command's own.");

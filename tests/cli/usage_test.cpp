@@ -33,6 +33,7 @@ TEST(Usage, EveryCommandHasHelp) {
   EXPECT_THAT(Tool().run({"collect", "--help"}).out, HasSubstr("qumetra collect -t 10"));
   EXPECT_THAT(Tool().run({"replay", "--help"}).out, HasSubstr("qumetra replay run.qmrec"));
   EXPECT_THAT(Tool().run({"writers", "--help"}).out, HasSubstr("--json"));
+  EXPECT_THAT(Tool().run({"platform", "--help"}).out, HasSubstr("--json"));
 }
 
 TEST(Usage, VersionIsPrintedBeforeAndAfterTheCommand) {
