@@ -84,6 +84,7 @@ CollectionOptions collectionOptions(const CollectOptions& options, const CommonO
   result.interval = fromSeconds(options.intervalMilliseconds / 1e3);
   result.command = options.command;
   result.commandEnvironment = {{"TMPDIR", session.tempArea().formerTmpdir()}};
+  result.commandOpenFiles = session.formerOpenFileLimit();
   result.recordPath = options.record;
   if (result.recordPath.empty() && !options.isLive()) {
     result.recordPath = (session.tempArea().path() / "recording.qmrec").string();

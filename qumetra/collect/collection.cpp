@@ -252,7 +252,7 @@ void Collection::State::start() {
   }
   // After the first reading, so that the whole of the command is measured.
   if (!options.command.empty()) {
-    command.emplace(options.command, options.commandEnvironment);
+    command.emplace(options.command, options.commandEnvironment, options.commandOpenFiles);
   }
   pwr::WriterInterfaceConfigFileParser::instance()->setOrder(
       options.metricOrder ? *options.metricOrder : orderOf(collectors));

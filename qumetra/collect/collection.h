@@ -62,6 +62,8 @@ struct CollectionOptions {
   /// Variables that the command gets other than this process has them; those without a value are
   /// left out.
   std::map<std::string, std::optional<std::string>> commandEnvironment;
+  /// The limit of open files that the command gets; 0 for that of this process.
+  std::uint64_t commandOpenFiles = 0;
   /// The file that the collection is recorded to. Without `live` in `Collection::run` it must not
   /// be empty.
   std::string recordPath;

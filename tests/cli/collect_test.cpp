@@ -80,6 +80,13 @@ TEST_F(Collect, CommandHasTheUsersTemporaryDirectory) {
   EXPECT_EQ("/tmp/.\n", readFile(m_tool.file("words")));
 }
 
+TEST_F(Collect, CommandHasTheUsersLimitOfOpenFiles) {
+  Tool shell("/bin/sh");
+  shell.run(
+      {"-c", "ulimit -S -n 61; exec " QM_TOOL " collect -r auto -- sh -c 'ulimit -S -n > limit'"});
+  EXPECT_EQ("61\n", readFile(shell.file("limit")));
+}
+
 TEST_F(Collect, BadOutputPathFailsBeforeTheCommandStarts) {
   std::filesystem::create_directory(m_tool.file("Automation_Summary.csv"));
   const ToolResult result = collect({"--", "touch", "started"});
