@@ -141,10 +141,9 @@ bool isEmptyFile(const std::string& path) {
   return error || size == 0;
 }
 
-/// Records first and delivers then. A recording that broke off, say for want of room, is delivered
-/// as far as it came.
-int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
-                     Session& session, Watcher& watcher, const CommonOptions& common) {
+/// Runs the collection and returns the exit status. A recording that broke off, say for want of
+/// room, counts as far as it came; one that holds nothing is an error that is thrown.
+int record(Collection& collection, const std::string& recordPath, Watcher& watcher) {
   int status = kDone;
   try {
     collection.run();
@@ -159,11 +158,18 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
     status = kWrongInput;
   }
   watcher.progress.clear();
+  return status;
+}
+
+/// Records first and delivers then.
+int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
+                     Session& session, Watcher& watcher, const CommonOptions& common) {
+  int status = record(collection, recordPath, watcher);
   Model& model = session.freshModel();
   SummaryFromSamples summary(model, run);
   RecordingReader reader(recordPath, model, summary);
-  status = std::max(status,
-                    deliverRecording(reader, summary, run, session.stop(), OnStop::GoOn, common));
+  status = std::max(status, deliverRecording(reader, summary, run, session.stop(),
+                                             {.showsProgress = !collection.commandRuns()}, common));
   if (status != kDone) {
     keepRecording(recordPath, session, common);
   }
@@ -181,7 +187,9 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
     outputs.push_back({.path = options.record, .mayBeLink = true, .mustBeRegular = true});
   }
   requireWritable(outputs, "");
-  Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
+  // What a command prints has the terminal for itself.
+  const bool showsProgress = common.verbosity > 0 && options.command.empty();
+  Watcher watcher{.progress{showsProgress, std::chrono::milliseconds(0)}};
   CollectionOptions settings = collectionOptions(options, common, session, watcher);
   const std::string recordPath = settings.recordPath;
   session.signals().setLastWords(lastWords(recordPath, session));

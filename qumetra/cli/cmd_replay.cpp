@@ -76,7 +76,7 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
   if (isLogged) {
     startCallLog(log, session.environment());
   }
-  int status = deliverRecording(reader, summary, run, session.stop(), OnStop::End, common);
+  int status = deliverRecording(reader, summary, run, session.stop(), {.endsOnStop = true}, common);
   const int logStatus = closeCallLog(log);
   printSummary(run, session.environment(), common);
   status = status == kWrongInput ? status : std::max(status, logStatus);

@@ -35,9 +35,9 @@ std::string describe(const RecordingReader& reader) {
 
 /// Reads to the end, or to the first stop request where that ends it. Returns whether it was read
 /// to the end. Throws `RecordingError`.
-bool readRecording(RecordingReader& reader, const StopSignal& stop, OnStop onStop,
+bool readRecording(RecordingReader& reader, const StopSignal& stop, const DeliveryManner& manner,
                    Progress& progress) {
-  while (onStop == OnStop::GoOn || !stop.stopRequested()) {
+  while (!manner.endsOnStop || !stop.stopRequested()) {
     if (!reader.readLine()) {
       return true;
     }
@@ -103,8 +103,9 @@ void requireWritable(const std::vector<OutputFile>& files, const std::string& in
 }
 
 int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& run,
-                     const StopSignal& stop, OnStop onStop, const CommonOptions& common) {
-  Progress progress(common.verbosity > 0, std::chrono::seconds(1));
+                     const StopSignal& stop, const DeliveryManner& manner,
+                     const CommonOptions& common) {
+  Progress progress(common.verbosity > 0 && manner.showsProgress, std::chrono::seconds(1));
   const auto unlessQuiet = [&](void (*print)(const std::string&)) {
     return [&progress, &common, print](const std::string& text) {
       if (common.verbosity > 0) {
@@ -121,7 +122,7 @@ int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& 
   reader.readLine();
   run.start();
   try {
-    isWhole = readRecording(reader, stop, onStop, progress);
+    isWhole = readRecording(reader, stop, manner, progress);
   } catch (const RecordingError& error) {
     progress.clear();
     printNote(error.what());

@@ -161,6 +161,8 @@ CollectionResult Collection::run(MessageSink* live) {
           .commandStatus = end.outcome.commandStatus};
 }
 
+bool Collection::commandRuns() { return m_state->command && !m_state->command->poll(); }
+
 int Collection::waitForCommand() {
   State& state = *m_state;
   if (!state.command) {

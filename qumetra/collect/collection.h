@@ -142,6 +142,9 @@ class Collection {
   /// failed recording does not end the command. REQUIRES: `open` has returned; not called before.
   CollectionResult run(MessageSink* live = nullptr);
 
+  /// Whether there is a command and it still runs.
+  bool commandRuns();
+
   /// Waits for a command that outlives the measuring and returns its status as `CollectionResult`
   /// tells it; 0 without a command. After a stop request a command that does not end by itself
   /// within a second is sent SIGTERM.

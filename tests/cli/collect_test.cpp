@@ -157,5 +157,10 @@ TEST_F(Collect, ShowsTimeAndSamplesOnATerminal) {
               ::testing::ContainsRegex("collecting: 0\\.[0-9] s, [0-9]+ samples"));
 }
 
+TEST_F(Collect, LeavesTheTerminalToACommandThatRuns) {
+  m_tool.useTerminal();
+  EXPECT_EQ("hello\r\n", collect({"--", "sh", "-c", "sleep 0.5; echo hello >&2"}).err);
+}
+
 }  // namespace
 }  // namespace qumetra::test

@@ -51,7 +51,9 @@ TEST_F(CollectionTest, ATimeLimitsTheMeasuringAndTheCommandGoesOn) {
   collection.open();
   const CollectionResult result = collection.run();
   EXPECT_EQ(std::nullopt, result.commandStatus);
+  EXPECT_TRUE(collection.commandRuns());
   EXPECT_EQ(5, collection.waitForCommand());
+  EXPECT_FALSE(collection.commandRuns());
   EXPECT_EQ(5, collection.waitForCommand()) << "asked again";
 }
 
@@ -68,6 +70,7 @@ TEST_F(CollectionTest, AfterAStopRequestACommandThatGoesOnIsToldToEnd) {
 TEST_F(CollectionTest, WithoutACommandThereIsNothingToWaitFor) {
   Model model;
   Collection collection(options, model, stop);
+  EXPECT_FALSE(collection.commandRuns());
   EXPECT_EQ(0, collection.waitForCommand());
 }
 
