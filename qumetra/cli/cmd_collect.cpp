@@ -187,6 +187,9 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
     outputs.push_back({.path = options.record, .mayBeLink = true, .mustBeRegular = true});
   }
   requireWritable(outputs, "");
+  if (options.isLive()) {
+    noteLackOfContinuous(run.writerNames(), session.library(), common);
+  }
   // What a command prints has the terminal for itself.
   const bool showsProgress = common.verbosity > 0 && options.command.empty();
   Watcher watcher{.progress{showsProgress, std::chrono::milliseconds(0)}};

@@ -69,6 +69,9 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
     outputs.push_back({.path = options.callLog, .mayBeLink = true});
   }
   requireWritable(outputs, options.recording);
+  if (options.continuous) {
+    noteLackOfContinuous(run.writerNames(), session.library(), common);
+  }
   Model& model = session.freshModel();
   SummaryFromSamples summary(model, run);
   RecordingReader reader(options.recording, model, summary);

@@ -102,6 +102,21 @@ void requireWritable(const std::vector<OutputFile>& files, const std::string& in
   }
 }
 
+void noteLackOfContinuous(const std::vector<std::string>& writers, const WriterLibrary& library,
+                          const CommonOptions& common) {
+  const bool isServed =
+      std::any_of(writers.begin(), writers.end(), [&library](const std::string& name) {
+        const LoadedWriter* writer = library.find(name);
+        return writer != nullptr && writer->continuous();
+      });
+  if (!isServed && common.verbosity > 0) {
+    printError(
+        fmt::format("--continuous: no chosen writer ({}) makes fresh files; they write their "
+                    "results at the end",
+                    fmt::join(writers, ", ")));
+  }
+}
+
 int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& run,
                      const StopSignal& stop, const DeliveryManner& manner,
                      const CommonOptions& common) {

@@ -46,6 +46,10 @@ void requireBaseName(const DeliveryOptions& options);
 /// or one and `input`, are the same file. Makes and changes nothing. `input` is empty for none.
 void requireWritable(const std::vector<OutputFile>& files, const std::string& input);
 
+/// Tells, unless the user wants silence, when not one of these writers serves continuous runs.
+void noteLackOfContinuous(const std::vector<std::string>& writers, const WriterLibrary& library,
+                          const CommonOptions& common);
+
 /// How a recording is delivered.
 struct DeliveryManner {
   /// Whether a stop request ends it; otherwise it goes on to its end.

@@ -128,6 +128,14 @@ TEST_F(Collect, LiveCollectionDeliversToo) {
   EXPECT_EQ(2, summaryLines());
 }
 
+TEST_F(Collect, WritersThatServeNoContinuousRunAreNamed) {
+  const ToolResult result = collect({"-t", "0.3", "--continuous", "0.1"});
+  EXPECT_THAT(result.err,
+              StartsWith("qumetra: --continuous: no chosen writer (auto) makes fresh files; they "
+                         "write their results at the end\n"));
+  EXPECT_EQ("", collect({"-q", "-t", "0.3", "--continuous", "0.1"}).err);
+}
+
 TEST_F(Collect, FirstInterruptEndsItEarlyWithResults) {
   m_tool.start({"collect", "-r", "auto", "-t", "100"});
   ASSERT_TRUE(eventually([&] { return !m_tool.temporaries().empty(); }));
