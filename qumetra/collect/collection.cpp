@@ -106,6 +106,8 @@ struct Collection::State {
   std::unique_ptr<MachineEntities> entities;
   std::unique_ptr<CollectorContext> context;
   std::vector<std::unique_ptr<Collector>> collectors;
+  /// A line for each source that is left out.
+  std::vector<std::string> missingSources;
   std::vector<std::string> notices;
   std::optional<ChildProcess> command;
 };
@@ -210,7 +212,10 @@ void Collection::State::openCollectors() {
   }
   if (collectors.empty()) {
     throw CollectionError(
-        fmt::format("nothing to collect on this machine: {}", fmt::join(notices, "; ")));
+        fmt::format("nothing to collect on this machine: {}", fmt::join(missingSources, "; ")));
+  }
+  for (const std::string& missing : missingSources) {
+    notice(missing);
   }
 }
 
@@ -223,7 +228,7 @@ void Collection::State::openCollector(std::unique_ptr<Collector> collector) {
     if (!options.sources.empty()) {
       throw CollectionError(fmt::format("source {}: {}", name, missing.what()));
     }
-    notice(fmt::format("source {} is left out: {}", name, missing.what()));
+    missingSources.push_back(fmt::format("source {} is left out: {}", name, missing.what()));
   }
 }
 
