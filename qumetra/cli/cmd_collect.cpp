@@ -241,7 +241,10 @@ CLI::Validator numberBetween(double lowest, double highest) {
 }
 
 void addTimes(CLI::App& command, CollectOptions& options) {
-  command.add_option("-t,--time", options.seconds, "End after this time")
+  command
+      .add_option("-t,--time", options.seconds,
+                  "End measuring after this time [default: when the command ends, without one at "
+                  "Ctrl-C]")
       ->type_name("SECONDS")
       ->check(numberBetween(1e-3, kLongestSeconds));
   command.add_option("-i,--interval", options.intervalMilliseconds, "Time between two samples")
@@ -293,9 +296,13 @@ void addCollectCommand(CLI::App& app, Action& action) {
       "  qumetra collect -r json --continuous 60\n"
       "\n"
       "With a command, the collection lasts as long as it runs and ends with its status (127 when\n"
-      "it is not found, 126 when it cannot be run). The first Ctrl-C ends a collection early and\n"
-      "the results are still written; the second leaves at once. SIGUSR1 asks for a flush in a\n"
-      "continuous run.");
+      "it is not found, 126 when it cannot be run). With -t as well, measuring ends after that\n"
+      "time and the results are written; the command goes on to its end, and its status counts.\n"
+      "Without a command and without -t, measuring goes on until Ctrl-C.\n"
+      "\n"
+      "The first Ctrl-C, SIGTERM or SIGHUP ends a collection early and the results are still\n"
+      "written; a command that has not ended a second later gets SIGTERM. The second leaves at\n"
+      "once. SIGUSR1 asks for a flush in a continuous run.");
 }
 
 }  // namespace qumetra::cli

@@ -43,12 +43,13 @@ int endParsing(const CLI::App& app, const CLI::ParseError& error) {
     printResult(text.str());
     return kDone;
   }
+  const std::vector<CLI::App*> commands = app.get_subcommands();
   const std::vector<std::string> unknown = app.remaining();
-  const bool hasCommand = !app.get_subcommands().empty();
-  const std::string problem = hasCommand || unknown.empty()
+  const std::string problem = !commands.empty() || unknown.empty()
                                   ? error.what()
                                   : "unknown command or option \"" + unknown.front() + '"';
-  printError(problem + "; see qumetra --help");
+  const std::string command = commands.empty() ? "" : commands.front()->get_name() + ' ';
+  printError(problem + "; see qumetra " + command + "--help");
   return kWrongInput;
 }
 

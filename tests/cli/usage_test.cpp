@@ -48,6 +48,19 @@ TEST(Usage, UnknownCommandIsWrong) {
 
 TEST(Usage, UnknownOptionIsWrong) { expectUsageError({"writers", "--dance"}, "--dance"); }
 
+TEST(Usage, ErrorsNameTheHelpOfTheirCommand) {
+  expectUsageError({"writers", "--dance"}, "; see qumetra writers --help");
+  expectUsageError({"collect", "-t", "x"}, "; see qumetra collect --help");
+  expectUsageError({"dance"}, "; see qumetra --help");
+}
+
+TEST(Usage, HelpOfCollectTellsWhenItEnds) {
+  const std::string help = Tool().run({"collect", "--help"}).out;
+  EXPECT_THAT(help, HasSubstr("the command goes on to its end, and its status counts"));
+  EXPECT_THAT(help, HasSubstr("a command that has not ended a second later gets SIGTERM"));
+  EXPECT_THAT(help, HasSubstr("without -t, measuring goes on until Ctrl-C"));
+}
+
 TEST(Usage, VerbosityIsANumber) {
   expectUsageError({"--verbosity", "much", "writers"}, "--verbosity");
   expectUsageError({"--verbosity", "-1", "writers"}, "--verbosity");
