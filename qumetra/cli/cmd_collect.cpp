@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "host/environment.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
@@ -95,12 +96,16 @@ CollectionOptions collectionOptions(const CollectOptions& options, const CommonO
   result.procfs = options.procfs;
   result.sysfs = options.sysfs;
   result.commandLine = common.commandLine;
-  result.notice = [&watcher, isQuiet = common.verbosity == 0](const std::string& line) {
-    if (!isQuiet) {
-      watcher.progress.clear();
-      printError(line);
-    }
+  const auto tellFrom = [&](std::uint32_t verbosity) {
+    return [&watcher, isTold = common.verbosity >= verbosity](const std::string& line) {
+      if (isTold) {
+        watcher.progress.clear();
+        printError(line);
+      }
+    };
   };
+  result.notice = tellFrom(PluginEnvironment::kErrors);
+  result.remark = tellFrom(PluginEnvironment::kWarnings);
   result.progress = [&watcher](const CollectionProgress& state) { watcher.see(state); };
   return result;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -46,6 +48,18 @@ bool readRecording(RecordingReader& reader, const StopSignal& stop, const Delive
     }
   }
   return false;
+}
+
+/// Some results stand elsewhere than beside the others, hence whole paths.
+void printResultFiles(const std::vector<OutputFile>& files) {
+  for (const OutputFile& file : files) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file.path, error);
+    if (!error) {
+      printError(
+          fmt::format("result: {}, {} bytes", std::filesystem::absolute(file.path).string(), size));
+    }
+  }
 }
 
 }  // namespace
@@ -167,6 +181,7 @@ void printSummary(Run& run, Environment& environment, const CommonOptions& commo
   if (common.verbosity >= 2) {
     printError(fmt::format("{} samples delivered to {}", run.samplesDelivered(),
                            fmt::join(run.writerNames(), ", ")));
+    printResultFiles(run.resultFiles());
   }
 }
 

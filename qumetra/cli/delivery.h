@@ -68,7 +68,7 @@ int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& 
 
 /// Finishes the run where that is not done, and prints what went wrong in it and the remarks about
 /// the platform, unless the user wants silence, and for those who want to know more what was
-/// delivered.
+/// delivered and the result files that are there.
 void printSummary(Run& run, Environment& environment, const CommonOptions& common);
 
 }  // namespace qumetra::cli

@@ -81,13 +81,17 @@ pwr::MetricOrder orderOf(const std::vector<std::unique_ptr<Collector>>& collecto
 }  // namespace
 
 struct Collection::State {
+  using Teller = std::function<void(const std::string& line)>;
+
   State(CollectionOptions chosen, Model& world, StopSignal& signal)
       : options(std::move(chosen)), model(world), stop(signal) {}
 
   void checkOptions() const;
   void openCollectors();
   void openCollector(std::unique_ptr<Collector> collector);
-  void notice(const std::string& line);
+  /// Keeps the line for the results and tells it.
+  void notice(const std::string& line, const Teller& tell);
+  void noteDoubts(const CollectionOutcome& outcome);
 
   CollectionSetup setup() const;
   /// Takes the first reading and starts the command.
@@ -198,13 +202,13 @@ void Collection::State::checkOptions() const {
 }
 
 void Collection::State::openCollectors() {
-  context = std::make_unique<CollectorContext>(
-      CollectorContext{.model = model,
-                       .entities = *entities,
-                       .procfs = options.procfs,
-                       .sysfs = options.sysfs,
-                       .intervalTicks = ticksOf(options.interval),
-                       .notice = [this](const std::string& line) { notice(line); }});
+  context = std::make_unique<CollectorContext>(CollectorContext{
+      .model = model,
+      .entities = *entities,
+      .procfs = options.procfs,
+      .sysfs = options.sysfs,
+      .intervalTicks = ticksOf(options.interval),
+      .notice = [this](const std::string& line) { notice(line, options.notice); }});
   for (auto& collector : makeCollectors()) {
     if (isChosen(options.sources, collector->info().name)) {
       openCollector(std::move(collector));
@@ -215,7 +219,7 @@ void Collection::State::openCollectors() {
         fmt::format("nothing to collect on this machine: {}", fmt::join(missingSources, "; ")));
   }
   for (const std::string& missing : missingSources) {
-    notice(missing);
+    notice(missing, options.notice);
   }
 }
 
@@ -232,10 +236,20 @@ void Collection::State::openCollector(std::unique_ptr<Collector> collector) {
   }
 }
 
-void Collection::State::notice(const std::string& line) {
+void Collection::State::notice(const std::string& line, const Teller& tell) {
   notices.push_back(line);
-  if (options.notice) {
-    options.notice(line);
+  if (tell) {
+    tell(line);
+  }
+}
+
+void Collection::State::noteDoubts(const CollectionOutcome& outcome) {
+  const bool wasShortCommand = outcome.commandStatus.has_value();
+  if (const auto doubt = fewSamplesLine(outcome)) {
+    notice(*doubt, wasShortCommand ? options.remark : options.notice);
+  }
+  if (const auto doubt = missedSamplesLine(outcome)) {
+    notice(*doubt, options.notice);
   }
 }
 
@@ -320,9 +334,7 @@ void Collection::State::noteEnd(const MeasurementEnd& end, RecordingWriter* reco
 
 void Collection::State::deliverClosing(MessageSink& sink, const CollectionOutcome& outcome) {
   deliverHeaderTexts(sink, closingLines(*metadata, setup(), outcome));
-  for (const std::string& doubt : doubtLines(outcome)) {
-    notice(doubt);
-  }
+  noteDoubts(outcome);
   for (const std::string& line : notices) {
     deliverText(sink, "Warning: " + line);
   }

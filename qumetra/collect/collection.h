@@ -81,6 +81,8 @@ struct CollectionOptions {
   /// Called with one line, without a line end, for each source that is missing and for whatever
   /// makes the numbers doubtful; the lines stand in the results too. May be empty.
   std::function<void(const std::string& line)> notice;
+  /// The same for what only those who ask want to know: a command that simply was short.
+  std::function<void(const std::string& line)> remark;
   /// Called after each sample. May be empty.
   std::function<void(const CollectionProgress& progress)> progress;
 };

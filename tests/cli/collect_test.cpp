@@ -101,6 +101,13 @@ TEST_F(Collect, BadPathOfTheRecordingFailsBeforeTheCommandStarts) {
   EXPECT_THAT(m_tool.files(), IsEmpty());
 }
 
+TEST_F(Collect, NamesTheResultFilesToThoseWhoAsk) {
+  const ToolResult result = collect({"-v", "-t", "0.3"});
+  const std::string path = std::filesystem::canonical(m_tool.file("Automation_Summary.csv"));
+  EXPECT_THAT(result.err, HasSubstr("qumetra: result: " + path + ", " +
+                                    std::to_string(summary().size()) + " bytes\n"));
+}
+
 TEST_F(Collect, RecordingReplaysToTheSameSummary) {
   EXPECT_EQ(0, collect({"-t", "0.3", "--record", "kept.qmrec"}).status);
   const std::string collected = summary();
