@@ -4,6 +4,7 @@
 
 #include "host/handles.h"
 #include "qumetra/collect/summary_tables.h"
+#include "qumetra/model/model.h"
 
 namespace qumetra {
 namespace {
@@ -77,7 +78,9 @@ void SummaryFromSamples::finish(const std::function<void(const std::string& line
   pwr::TextMessage message;
   message.setMessage("Warning: " + line);
   m_sink.text(message);
-  SummaryContext context{.model = m_model, .sink = m_sink};
+  // High above the ids that collections give.
+  SummaryContext context{
+      .model = m_model, .sink = m_sink, .nextHandleId = Model::kLastReservedId + 1};
   for (const auto& [metricId, totals] : m_totals) {
     deliverSummary(totals.spec, totals.columns, context);
   }
