@@ -17,6 +17,7 @@
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
+#include "qumetra/cli/error_watch.h"
 #include "qumetra/cli/progress.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/collection.h"
@@ -170,12 +171,13 @@ int record(Collection& collection, const std::string& recordPath, Watcher& watch
 int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
                      Session& session, Watcher& watcher, const CommonOptions& common) {
   int status = record(collection, recordPath, watcher);
+  const ErrorWatch errors(session.environment());
   Model& model = session.freshModel();
   SummaryFromSamples summary(model, run);
   RecordingReader reader(recordPath, model, summary);
   status = std::max(status, deliverRecording(reader, summary, run, session.stop(),
                                              {.showsProgress = !collection.commandRuns()}, common));
-  if (status != kDone) {
+  if (status != kDone || errors.hasErrors()) {
     keepRecording(recordPath, session, common);
   }
   return status;

@@ -174,7 +174,9 @@ TEST_F(Collect, ShowsTimeAndSamplesOnATerminal) {
 
 TEST_F(Collect, LeavesTheTerminalToACommandThatRuns) {
   m_tool.useTerminal();
-  EXPECT_EQ("hello\r\n", collect({"--", "sh", "-c", "sleep 0.5; echo hello >&2"}).err);
+  EXPECT_EQ(
+      "hello\r\n",
+      m_tool.run({"collect", "-r", "auto", "--", "sh", "-c", "sleep 0.5; echo hello >&2"}).err);
 }
 
 }  // namespace
