@@ -92,7 +92,7 @@ CollectionOptions collectionOptions(const CollectOptions& options, const CommonO
     result.recordPath = (session.tempArea().path() / "recording.qmrec").string();
   }
   result.flushPeriod = fromSeconds(options.continuousSeconds.value_or(0));
-  result.sources = options.sources;
+  result.sources = splitNames(options.sources, "--source");
   result.metricOrder = chosenOrder(options.delivery);
   result.procfs = options.procfs;
   result.sysfs = options.sysfs;
@@ -266,14 +266,19 @@ void addTimes(CLI::App& command, CollectOptions& options) {
       ->check(numberBetween(0.0, kLongestSeconds));
 }
 
+CLI::Validator nonEmpty() {
+  return CLI::Validator(
+      [](const std::string& text) { return text.empty() ? "needs a name" : std::string(); }, "");
+}
+
 void addPlaces(CLI::App& command, CollectOptions& options) {
   command.add_option("--record", options.record, "Keep the recording in FILE, for replay")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(nonEmpty());
   command
       .add_option("--source", options.sources,
                   "Collect from these sources only; each must be there [default: all there are]")
       ->type_name("NAME[,NAME]")
-      ->delimiter(',')
       ->allow_extra_args(false);
   command.add_option("--procfs", options.procfs, "Where the machine's /proc is mounted")
       ->type_name("DIR")

@@ -64,13 +64,26 @@ void printResultFiles(const std::vector<OutputFile>& files) {
 
 }  // namespace
 
+std::vector<std::string> splitNames(const std::vector<std::string>& lists,
+                                    const std::string& option) {
+  std::vector<std::string> names;
+  for (const std::string& list : lists) {
+    for (const std::string& name : CLI::detail::split(list, ',')) {
+      if (name.empty()) {
+        throw UsageError(fmt::format("{} \"{}\" has an empty name in it", option, list));
+      }
+      names.push_back(name);
+    }
+  }
+  return names;
+}
+
 void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
   command
       .add_option("-r,--results", options.writers,
                   "Writers of results, as `qumetra writers` lists them; all for every one "
                   "[default: sum, or auto without it]")
       ->type_name("NAME[,NAME]")
-      ->delimiter(',')
       ->allow_extra_args(false);
   command
       .add_option("-o,--output", options.base,
@@ -86,7 +99,7 @@ void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
 std::vector<std::string> chosenWriters(const DeliveryOptions& options,
                                        const WriterLibrary& library) {
   if (!options.writers.empty()) {
-    return options.writers;
+    return splitNames(options.writers, "-r");
   }
   return {library.find("sum") != nullptr ? "sum" : "auto"};
 }

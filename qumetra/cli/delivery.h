@@ -25,12 +25,17 @@ struct CommonOptions;
 
 /// Which writers get the messages, and the output base name.
 struct DeliveryOptions {
-  /// Empty for the default.
+  /// Lists of names as they were given; empty for the default.
   std::vector<std::string> writers;
   std::string base = "qumetra";
   /// The file that tells the order of metrics; empty for the default.
   std::string orderFile;
 };
+
+/// The names of lists such as "a,b", one behind the other. Throws `UsageError`, which names the
+/// option, when one of them is empty.
+std::vector<std::string> splitNames(const std::vector<std::string>& lists,
+                                    const std::string& option);
 
 void addDeliveryOptions(CLI::App& command, DeliveryOptions& options);
 

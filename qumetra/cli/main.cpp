@@ -20,6 +20,7 @@ void addCommonOptions(CLI::App& app, CommonOptions& common) {
       app.add_option("--verbosity", common.verbosity,
                      "What is told on the way: 0 nothing, 1 errors, 2 warnings")
           ->type_name("N")
+          ->check(CLI::Range(0, 2))
           ->capture_default_str();
   app.add_flag_callback(
          "-v", [&common] { common.verbosity = 2; }, "The same as --verbosity 2")

@@ -46,7 +46,7 @@ void checkNames(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     if (std::find(known.begin(), known.end(), name) == known.end()) {
       throw CollectionError(
-          fmt::format("unknown source '{}'; known are: {}", name, fmt::join(known, ", ")));
+          fmt::format("unknown source \"{}\"; known are: {}", name, fmt::join(known, ", ")));
     }
   }
 }

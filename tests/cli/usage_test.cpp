@@ -66,6 +66,20 @@ TEST(Usage, VerbosityIsANumber) {
   expectUsageError({"--verbosity", "-1", "writers"}, "--verbosity");
 }
 
+TEST(Usage, VerbosityIsAtMostTwo) {
+  expectUsageError({"--verbosity", "3", "writers"}, "--verbosity");
+}
+
+TEST(Usage, ListsHaveNoEmptyNames) {
+  expectUsageError({"collect", "-r", "auto,,raw"}, "-r \"auto,,raw\" has an empty name in it");
+  expectUsageError({"collect", "-r", ""}, "-r \"\" has an empty name in it");
+  expectUsageError({"replay", "x", "-r", "raw,"}, "-r \"raw,\" has an empty name in it");
+  expectUsageError({"collect", "--source", ",cpu_time"},
+                   "--source \",cpu_time\" has an empty name");
+}
+
+TEST(Usage, RecordNeedsAName) { expectUsageError({"collect", "--record", ""}, "--record"); }
+
 TEST(Usage, LoudAndQuietExcludeEachOther) {
   expectUsageError({"-v", "-q", "writers"}, "-q");
   expectUsageError({"-v", "--verbosity", "1", "writers"}, "-v");

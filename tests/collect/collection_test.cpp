@@ -146,8 +146,7 @@ TEST_F(CollectionTest, AMissingSourceIsOneLineAndTheRestIsCollected) {
   EXPECT_THAT(notices.at(0), StartsWith("source cpu_idle is left out: " + m_machine.sysfs()));
   const Replay replay(options.recordPath);
   EXPECT_EQ(3U, replay.sink.metrics.size());
-  EXPECT_THAT(replay.sink.texts,
-              testing::Contains(StartsWith("Warning: source cpu_idle is left")));
+  EXPECT_THAT(replay.sink.texts, testing::Contains(StartsWith("Warning: source cpu_idle is left")));
 }
 
 TEST_F(CollectionTest, AMissingSourceThatWasNamedIsAnError) {
@@ -160,7 +159,7 @@ TEST_F(CollectionTest, AMissingSourceThatWasNamedIsAnError) {
 
 TEST_F(CollectionTest, ASourceThatIsNotThereAtAllListsTheKnownOnes) {
   options.sources = {"cpu_tim"};
-  EXPECT_EQ("unknown source 'cpu_tim'; known are: cpu_time, cpu_idle", failureOfOpen());
+  EXPECT_EQ("unknown source \"cpu_tim\"; known are: cpu_time, cpu_idle", failureOfOpen());
 }
 
 TEST_F(CollectionTest, NothingToCollectIsAnErrorWithTheReasons) {
