@@ -68,7 +68,8 @@ std::vector<std::string> splitNames(const std::vector<std::string>& lists,
                                     const std::string& option) {
   std::vector<std::string> names;
   for (const std::string& list : lists) {
-    for (const std::string& name : CLI::detail::split(list, ',')) {
+    // The comma behind it lets an empty last name be seen.
+    for (const std::string& name : CLI::detail::split(list + ',', ',')) {
       if (name.empty()) {
         throw UsageError(fmt::format("{} \"{}\" has an empty name in it", option, list));
       }
