@@ -33,6 +33,9 @@ enum KeltoAttribute : std::uint32_t {
 /// A colour as the file carries it: two texts, each "#rrggbb" or three decimals joined by commas.
 using KeltoColor = std::pair<std::string, std::string>;
 
+// The variables are the library's own: outside of it their names have no decoration of C++.
+#pragma GCC visibility push(hidden)
+
 /// Begins the name of a store whose metric has not shown its name.
 extern const std::string UNKNOWN_METRIC_NAME;
 /// Names of attributes, padded to 16 characters, for diagnostics. Empty before
@@ -40,6 +43,8 @@ extern const std::string UNKNOWN_METRIC_NAME;
 extern std::map<std::uint32_t, std::string> ATTRIBUTE_NAMES;
 /// Colours by state. Empty before `createStateColorMap`.
 extern std::map<std::string, KeltoColor> STATE_COLORS;
+
+#pragma GCC visibility pop
 
 /// Fill the tables. A second call changes nothing.
 void createAttributeMap();

@@ -28,7 +28,12 @@ struct KeltoThread {
   std::uint64_t time = 0;
 };
 
+// The variables are the library's own: outside of it their names have no decoration of C++.
+#pragma GCC visibility push(hidden)
+
 /// By key, the object and the record that was last written of it. The objects are the host's and
 /// live until the process ends, since these tables do.
 extern std::map<std::string, std::pair<const pwr::Process*, KeltoProcess>> m_processes;
 extern std::map<std::string, std::pair<const pwr::Thread*, KeltoThread>> m_threads;
+
+#pragma GCC visibility pop

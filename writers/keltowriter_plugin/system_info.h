@@ -43,8 +43,13 @@ struct KeltoSystemInfo {
   std::uint64_t cpuFrequencyMHz = 0;
 };
 
+// The library's own: outside of it the name has no decoration of C++.
+#pragma GCC visibility push(hidden)
+
 /// How often `getCoreThreadCount` was asked for a package and core.
 extern std::map<std::pair<int, int>, int> coreThreadCount;
+
+#pragma GCC visibility pop
 
 /// How many times the process has asked for this package and core before: the index of a thread
 /// within its core when each thread asks once.
