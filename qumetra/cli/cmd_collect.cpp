@@ -304,8 +304,8 @@ void addCollectCommand(CLI::App& app, Action& action) {
   command->footer(
       "Examples:\n"
       "  qumetra collect -t 10\n"
-      "  qumetra collect -r sum,json -o results/build -- make -j8\n"
-      "  qumetra collect -r json --continuous 60\n"
+      "  qumetra collect -r sum,int -o results/build -- make -j8\n"
+      "  qumetra collect -t 60 --record idle.qmrec\n"
       "\n"
       "With a command, the collection lasts as long as it runs and ends with its status (127 when\n"
       "it is not found, 126 when it cannot be run). With -t as well, measuring ends after that\n"

@@ -71,7 +71,7 @@ int runTool(int argc, char** argv) {
       "Examples:\n"
       "  qumetra collect -t 10                 measure for ten seconds, results in qumetra.*\n"
       "  qumetra collect -r all -- make        measure while a command runs\n"
-      "  qumetra replay run.qmrec -r sum,json  make results of a recording\n"
+      "  qumetra replay run.qmrec -r sum,int   make results of a recording\n"
       "  qumetra writers                       which results there are\n"
       "  qumetra platform                      what is known of this machine\n"
       "\n"

@@ -29,7 +29,7 @@ void noteDisabledFeature(const std::string& feature) {
   static PWSet<std::string> s_features;
   if (s_features.add(feature)) {
     logPlatformNote("NOTE: " + feature +
-            " has been disabled due to Enhanced Sign-in Security being enabled.");
+                    " has been disabled due to Enhanced Sign-in Security being enabled.");
   }
 }
 
