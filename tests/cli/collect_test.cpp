@@ -127,7 +127,8 @@ TEST_F(Collect, KilledCollectionLeavesARecordingThatReplaysToASummary) {
   const ToolResult result = m_tool.run({"replay", "kept.qmrec", "-r", "auto"});
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.err, HasSubstr("qumetra: the collection did not end in order"));
-  EXPECT_THAT(summary(), HasSubstr(",CPU Time Summary: Residency (Percentage and Time)_CPU 0_"));
+  EXPECT_THAT(summary(),
+              HasSubstr(",CPU Time Summary: Residency (Percentage and Time)_CPU_CPU 0_"));
 }
 
 TEST_F(Collect, LiveCollectionDeliversToo) {
