@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/sanitizers.h"
 #include "tests/writers/text_writer_impl_fixture.h"
 #include "writers/textwriter_plugin/report_text.h"
 
@@ -161,6 +162,9 @@ TEST_F(TextWriterImplTest, RulesAreHyphens) {
 }
 
 TEST_F(TextWriterImplTest, TablesBeyondTheLimitOfOpenFilesHaveTitlesOnly) {
+  if (qumetra::test::kAddressSanitizer) {
+    GTEST_SKIP() << "the sanitizers need descriptors of their own to look at types";
+  }
   ReportWorld::setOrder({{"f"}, {}, {}});
   m_order = {1};
   m_impl.init(base());
