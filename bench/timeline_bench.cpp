@@ -321,7 +321,7 @@ class FloorTable {
   std::size_t cells(FloorOutput& out, std::size_t end, std::size_t& column) {
     std::size_t position = 0;
     while (position < end) {
-      const auto length = static_cast<std::size_t>(m_block[position]);
+      const std::size_t length = static_cast<unsigned char>(m_block[position]);
       if (end - position - 1 < length) {
         break;
       }

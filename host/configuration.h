@@ -46,6 +46,12 @@ struct AggrTelemCounterInfo {
   std::string bitRange = {};
 };
 
+/// An entry of the configuration that a feature interprets itself.
+struct KeyValuePair {
+  std::string key;
+  std::string value;
+};
+
 /// The process-wide configuration of telemetry counters. Not synchronised.
 class QMConfigFileParser {
  public:

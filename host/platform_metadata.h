@@ -86,6 +86,8 @@ class PCHMetadata : public PlatformMetadata {
 
   /// The energy reporting words by their keys, from the entries of `m_values` that name them.
   std::map<std::string, std::uint32_t> getEnergyReportingConfiguration() const;
+  /// The bus on which the hub of one server generation is found; 0xFFFF when it is not known.
+  std::uint16_t getMZLWSPCHBus() const;
 };
 
 }  // namespace pwr

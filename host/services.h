@@ -20,4 +20,10 @@ namespace pwr {
 std::string resolveEntityName(const std::string& name, const std::string& device,
                               const std::string& tag);
 
+/// The directory at which the system shows its devices: "/sys", unless the host has set another.
+/// Not synchronised.
+const std::string& sysfsRoot();
+/// Host side: tests and hosts that look at another machine's tree set their own.
+void setSysfsRoot(const std::string& root);
+
 }  // namespace pwr

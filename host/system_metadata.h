@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "host/aggregator_info.h"
+
 namespace pwr {
 
 class PlatformMetadata;
@@ -50,6 +52,8 @@ struct SystemMetadata {
   std::map<std::uint16_t, PlatformMetadata*> m_platformMetadata;
   /// The host's version: bits 31 to 16 major, 15 to 8 minor, 7 to 0 patch.
   std::uint32_t m_versionWord = 0;
+  /// The telemetry endpoints by their ids.
+  std::map<std::uint16_t, _qm_aggregator_info> m_aggregators;
 
   /// When the collection started, as the host shows it.
   std::string getCollectionStartTime() const;

@@ -13,7 +13,8 @@ HOST = "host/"
 COMMON = "client/src/common/"
 FRAME = "writers/writer_plugins.h"
 MODEL, RECORDING, COLLECT = "qumetra/model/", "qumetra/recording/", "qumetra/collect/"
-RUN, READERS, CLI = "qumetra/run/", "qumetra/readers/", "qumetra/cli/"
+ACCESS, RUN, READERS, CLI = (
+    "qumetra/access/", "qumetra/run/", "qumetra/readers/", "qumetra/cli/")
 WRITERS = "writers/"
 
 # A room and what it may include beside itself.
@@ -22,7 +23,8 @@ ROOMS = {
     COMMON: [HOST],
     MODEL: [HOST, COMMON],
     RECORDING: [HOST, COMMON, MODEL],
-    COLLECT: [HOST, COMMON, MODEL, RECORDING],
+    ACCESS: [HOST, COMMON, MODEL],
+    COLLECT: [HOST, COMMON, MODEL, RECORDING, ACCESS],
     # The host reaches writers as any host does: through the frame's public header.
     RUN: [HOST, COMMON, MODEL, RECORDING, FRAME],
     # Written from the formats alone: a reader that shares code with a writer proves nothing.

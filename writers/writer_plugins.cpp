@@ -98,12 +98,8 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
-    &makePlugin<SummaryWriter>,
-    &makePlugin<KeltoWriter>,
-    &makePlugin<RawWriterV2>,
-    &makePlugin<IntWriterV2>,
-    &makePlugin<PhmTextWriter>,
-    &makePlugin<AutoWriter>,
+    &makePlugin<SummaryWriter>, &makePlugin<KeltoWriter>,   &makePlugin<RawWriterV2>,
+    &makePlugin<IntWriterV2>,   &makePlugin<PhmTextWriter>, &makePlugin<AutoWriter>,
 };
 
 }  // namespace

@@ -13,9 +13,11 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "host/environment.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
+#include "qumetra/cli/error_watch.h"
 #include "qumetra/cli/progress.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/collection.h"
@@ -84,22 +86,27 @@ CollectionOptions collectionOptions(const CollectOptions& options, const CommonO
   result.interval = fromSeconds(options.intervalMilliseconds / 1e3);
   result.command = options.command;
   result.commandEnvironment = {{"TMPDIR", session.tempArea().formerTmpdir()}};
+  result.commandOpenFiles = session.formerOpenFileLimit();
   result.recordPath = options.record;
   if (result.recordPath.empty() && !options.isLive()) {
     result.recordPath = (session.tempArea().path() / "recording.qmrec").string();
   }
   result.flushPeriod = fromSeconds(options.continuousSeconds.value_or(0));
-  result.sources = options.sources;
+  result.sources = splitNames(options.sources, "--source");
   result.metricOrder = chosenOrder(options.delivery);
   result.procfs = options.procfs;
   result.sysfs = options.sysfs;
   result.commandLine = common.commandLine;
-  result.notice = [&watcher, isQuiet = common.verbosity == 0](const std::string& line) {
-    if (!isQuiet) {
-      watcher.progress.clear();
-      printError(line);
-    }
+  const auto tellFrom = [&](std::uint32_t verbosity) {
+    return [&watcher, isTold = common.verbosity >= verbosity](const std::string& line) {
+      if (isTold) {
+        watcher.progress.clear();
+        printError(line);
+      }
+    };
   };
+  result.notice = tellFrom(PluginEnvironment::kErrors);
+  result.remark = tellFrom(PluginEnvironment::kWarnings);
   result.progress = [&watcher](const CollectionProgress& state) { watcher.see(state); };
   return result;
 }
@@ -140,10 +147,9 @@ bool isEmptyFile(const std::string& path) {
   return error || size == 0;
 }
 
-/// Records first and delivers then. A recording that broke off, say for want of room, is delivered
-/// as far as it came.
-int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
-                     Session& session, Watcher& watcher, const CommonOptions& common) {
+/// Runs the collection and returns the exit status. A recording that broke off, say for want of
+/// room, counts as far as it came; one that holds nothing is an error that is thrown.
+int record(Collection& collection, const std::string& recordPath, Watcher& watcher) {
   int status = kDone;
   try {
     collection.run();
@@ -158,12 +164,20 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
     status = kWrongInput;
   }
   watcher.progress.clear();
+  return status;
+}
+
+/// Records first and delivers then.
+int collectAndReplay(Collection& collection, const std::string& recordPath, Run& run,
+                     Session& session, Watcher& watcher, const CommonOptions& common) {
+  int status = record(collection, recordPath, watcher);
+  const ErrorWatch errors(session.environment());
   Model& model = session.freshModel();
   SummaryFromSamples summary(model, run);
   RecordingReader reader(recordPath, model, summary);
-  status = std::max(status,
-                    deliverRecording(reader, summary, run, session.stop(), OnStop::GoOn, common));
-  if (status != kDone) {
+  status = std::max(status, deliverRecording(reader, summary, run, session.stop(),
+                                             {.showsProgress = !collection.commandRuns()}, common));
+  if (status != kDone || errors.hasErrors()) {
     keepRecording(recordPath, session, common);
   }
   return status;
@@ -180,7 +194,12 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
     outputs.push_back({.path = options.record, .mayBeLink = true, .mustBeRegular = true});
   }
   requireWritable(outputs, "");
-  Watcher watcher{.progress{common.verbosity > 0, std::chrono::milliseconds(0)}};
+  if (options.isLive()) {
+    noteLackOfContinuous(run.writerNames(), session.library(), common);
+  }
+  // What a command prints has the terminal for itself.
+  const bool showsProgress = common.verbosity > 0 && options.command.empty();
+  Watcher watcher{.progress{showsProgress, std::chrono::milliseconds(0)}};
   CollectionOptions settings = collectionOptions(options, common, session, watcher);
   const std::string recordPath = settings.recordPath;
   session.signals().setLastWords(lastWords(recordPath, session));
@@ -229,7 +248,10 @@ CLI::Validator numberBetween(double lowest, double highest) {
 }
 
 void addTimes(CLI::App& command, CollectOptions& options) {
-  command.add_option("-t,--time", options.seconds, "End after this time")
+  command
+      .add_option("-t,--time", options.seconds,
+                  "End measuring after this time [default: when the command ends, without one at "
+                  "Ctrl-C]")
       ->type_name("SECONDS")
       ->check(numberBetween(1e-3, kLongestSeconds));
   command.add_option("-i,--interval", options.intervalMilliseconds, "Time between two samples")
@@ -244,14 +266,19 @@ void addTimes(CLI::App& command, CollectOptions& options) {
       ->check(numberBetween(0.0, kLongestSeconds));
 }
 
+CLI::Validator nonEmpty() {
+  return CLI::Validator(
+      [](const std::string& text) { return text.empty() ? "needs a name" : std::string(); }, "");
+}
+
 void addPlaces(CLI::App& command, CollectOptions& options) {
   command.add_option("--record", options.record, "Keep the recording in FILE, for replay")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(nonEmpty());
   command
       .add_option("--source", options.sources,
                   "Collect from these sources only; each must be there [default: all there are]")
       ->type_name("NAME[,NAME]")
-      ->delimiter(',')
       ->allow_extra_args(false);
   command.add_option("--procfs", options.procfs, "Where the machine's /proc is mounted")
       ->type_name("DIR")
@@ -277,13 +304,17 @@ void addCollectCommand(CLI::App& app, Action& action) {
   command->footer(
       "Examples:\n"
       "  qumetra collect -t 10\n"
-      "  qumetra collect -r sum,json -o results/build -- make -j8\n"
-      "  qumetra collect -r json --continuous 60\n"
+      "  qumetra collect -r sum,int -o results/build -- make -j8\n"
+      "  qumetra collect -t 60 --record idle.qmrec\n"
       "\n"
       "With a command, the collection lasts as long as it runs and ends with its status (127 when\n"
-      "it is not found, 126 when it cannot be run). The first Ctrl-C ends a collection early and\n"
-      "the results are still written; the second leaves at once. SIGUSR1 asks for a flush in a\n"
-      "continuous run.");
+      "it is not found, 126 when it cannot be run). With -t as well, measuring ends after that\n"
+      "time and the results are written; the command goes on to its end, and its status counts.\n"
+      "Without a command and without -t, measuring goes on until Ctrl-C.\n"
+      "\n"
+      "The first Ctrl-C, SIGTERM or SIGHUP ends a collection early and the results are still\n"
+      "written; a command that has not ended a second later gets SIGTERM. The second leaves at\n"
+      "once. SIGUSR1 asks for a flush in a continuous run.");
 }
 
 }  // namespace qumetra::cli

@@ -69,6 +69,9 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
     outputs.push_back({.path = options.callLog, .mayBeLink = true});
   }
   requireWritable(outputs, options.recording);
+  if (options.continuous) {
+    noteLackOfContinuous(run.writerNames(), session.library(), common);
+  }
   Model& model = session.freshModel();
   SummaryFromSamples summary(model, run);
   RecordingReader reader(options.recording, model, summary);
@@ -76,7 +79,7 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
   if (isLogged) {
     startCallLog(log, session.environment());
   }
-  int status = deliverRecording(reader, summary, run, session.stop(), OnStop::End, common);
+  int status = deliverRecording(reader, summary, run, session.stop(), {.endsOnStop = true}, common);
   const int logStatus = closeCallLog(log);
   printSummary(run, session.environment(), common);
   status = status == kWrongInput ? status : std::max(status, logStatus);

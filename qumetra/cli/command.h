@@ -45,5 +45,6 @@ using Action = std::function<int(const CommonOptions&)>;
 void addWritersCommand(CLI::App& app, Action& action);
 void addReplayCommand(CLI::App& app, Action& action);
 void addCollectCommand(CLI::App& app, Action& action);
+void addPlatformCommand(CLI::App& app, Action& action);
 
 }  // namespace qumetra::cli

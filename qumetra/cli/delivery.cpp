@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -35,9 +37,9 @@ std::string describe(const RecordingReader& reader) {
 
 /// Reads to the end, or to the first stop request where that ends it. Returns whether it was read
 /// to the end. Throws `RecordingError`.
-bool readRecording(RecordingReader& reader, const StopSignal& stop, OnStop onStop,
+bool readRecording(RecordingReader& reader, const StopSignal& stop, const DeliveryManner& manner,
                    Progress& progress) {
-  while (onStop == OnStop::GoOn || !stop.stopRequested()) {
+  while (!manner.endsOnStop || !stop.stopRequested()) {
     if (!reader.readLine()) {
       return true;
     }
@@ -48,7 +50,34 @@ bool readRecording(RecordingReader& reader, const StopSignal& stop, OnStop onSto
   return false;
 }
 
+/// Some results stand elsewhere than beside the others, hence whole paths.
+void printResultFiles(const std::vector<OutputFile>& files) {
+  for (const OutputFile& file : files) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file.path, error);
+    if (!error) {
+      printError(
+          fmt::format("result: {}, {} bytes", std::filesystem::absolute(file.path).string(), size));
+    }
+  }
+}
+
 }  // namespace
+
+std::vector<std::string> splitNames(const std::vector<std::string>& lists,
+                                    const std::string& option) {
+  std::vector<std::string> names;
+  for (const std::string& list : lists) {
+    // The comma behind it lets an empty last name be seen.
+    for (const std::string& name : CLI::detail::split(list + ',', ',')) {
+      if (name.empty()) {
+        throw UsageError(fmt::format("{} \"{}\" has an empty name in it", option, list));
+      }
+      names.push_back(name);
+    }
+  }
+  return names;
+}
 
 void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
   command
@@ -56,7 +85,6 @@ void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
                   "Writers of results, as `qumetra writers` lists them; all for every one "
                   "[default: sum, or auto without it]")
       ->type_name("NAME[,NAME]")
-      ->delimiter(',')
       ->allow_extra_args(false);
   command
       .add_option("-o,--output", options.base,
@@ -72,7 +100,7 @@ void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
 std::vector<std::string> chosenWriters(const DeliveryOptions& options,
                                        const WriterLibrary& library) {
   if (!options.writers.empty()) {
-    return options.writers;
+    return splitNames(options.writers, "-r");
   }
   return {library.find("sum") != nullptr ? "sum" : "auto"};
 }
@@ -102,9 +130,25 @@ void requireWritable(const std::vector<OutputFile>& files, const std::string& in
   }
 }
 
+void noteLackOfContinuous(const std::vector<std::string>& writers, const WriterLibrary& library,
+                          const CommonOptions& common) {
+  const bool isServed =
+      std::any_of(writers.begin(), writers.end(), [&library](const std::string& name) {
+        const LoadedWriter* writer = library.find(name);
+        return writer != nullptr && writer->continuous();
+      });
+  if (!isServed && common.verbosity > 0) {
+    printError(
+        fmt::format("--continuous: no chosen writer ({}) makes fresh files; they write their "
+                    "results at the end",
+                    fmt::join(writers, ", ")));
+  }
+}
+
 int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& run,
-                     const StopSignal& stop, OnStop onStop, const CommonOptions& common) {
-  Progress progress(common.verbosity > 0, std::chrono::seconds(1));
+                     const StopSignal& stop, const DeliveryManner& manner,
+                     const CommonOptions& common) {
+  Progress progress(common.verbosity > 0 && manner.showsProgress, std::chrono::seconds(1));
   const auto unlessQuiet = [&](void (*print)(const std::string&)) {
     return [&progress, &common, print](const std::string& text) {
       if (common.verbosity > 0) {
@@ -121,7 +165,7 @@ int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& 
   reader.readLine();
   run.start();
   try {
-    isWhole = readRecording(reader, stop, onStop, progress);
+    isWhole = readRecording(reader, stop, manner, progress);
   } catch (const RecordingError& error) {
     progress.clear();
     printNote(error.what());
@@ -151,6 +195,7 @@ void printSummary(Run& run, Environment& environment, const CommonOptions& commo
   if (common.verbosity >= 2) {
     printError(fmt::format("{} samples delivered to {}", run.samplesDelivered(),
                            fmt::join(run.writerNames(), ", ")));
+    printResultFiles(run.resultFiles());
   }
 }
 

@@ -20,6 +20,7 @@ void addCommonOptions(CLI::App& app, CommonOptions& common) {
       app.add_option("--verbosity", common.verbosity,
                      "What is told on the way: 0 nothing, 1 errors, 2 warnings")
           ->type_name("N")
+          ->check(CLI::Range(0, 2))
           ->capture_default_str();
   app.add_flag_callback(
          "-v", [&common] { common.verbosity = 2; }, "The same as --verbosity 2")
@@ -43,12 +44,13 @@ int endParsing(const CLI::App& app, const CLI::ParseError& error) {
     printResult(text.str());
     return kDone;
   }
+  const std::vector<CLI::App*> commands = app.get_subcommands();
   const std::vector<std::string> unknown = app.remaining();
-  const bool hasCommand = !app.get_subcommands().empty();
-  const std::string problem = hasCommand || unknown.empty()
+  const std::string problem = !commands.empty() || unknown.empty()
                                   ? error.what()
                                   : "unknown command or option \"" + unknown.front() + '"';
-  printError(problem + "; see qumetra --help");
+  const std::string command = commands.empty() ? "" : commands.front()->get_name() + ' ';
+  printError(problem + "; see qumetra " + command + "--help");
   return kWrongInput;
 }
 
@@ -64,12 +66,14 @@ int runTool(int argc, char** argv) {
   addCollectCommand(app, action);
   addReplayCommand(app, action);
   addWritersCommand(app, action);
+  addPlatformCommand(app, action);
   app.footer(
       "Examples:\n"
       "  qumetra collect -t 10                 measure for ten seconds, results in qumetra.*\n"
       "  qumetra collect -r all -- make        measure while a command runs\n"
-      "  qumetra replay run.qmrec -r sum,json  make results of a recording\n"
+      "  qumetra replay run.qmrec -r sum,int   make results of a recording\n"
       "  qumetra writers                       which results there are\n"
+      "  qumetra platform                      what is known of this machine\n"
       "\n"
       "Exit status: 0 done; 1 a writer failed; 2 wrong usage or a file that cannot be used; with\n"
       "a command the command's own.");

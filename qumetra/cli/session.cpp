@@ -27,7 +27,10 @@ std::unique_ptr<WriterLibrary> loadWriters(const CommonOptions& common) {
 }
 
 Session::Session(const CommonOptions& common)
-    : m_environment(makeEnvironment(common)), m_library(loadWriters(common)), m_signals(m_stop) {
+    : m_environment(makeEnvironment(common)),
+      m_library(loadWriters(common)),
+      m_signals(m_stop),
+      m_formerOpenFileLimit(openFileLimit()) {
   raiseOpenFileLimit();
   m_signals.setLastWords("qumetra: left early; what was received so far is kept in " +
                          m_tempArea.path().string());

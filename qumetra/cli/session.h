@@ -1,6 +1,7 @@
 // What surrounds a run of writers in the tool: log, temporary area, writers, signals.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -36,6 +37,8 @@ class Session {
   WriterLibrary& library() { return *m_library; }
   StopSignal& stop() { return m_stop; }
   SignalWatch& signals() { return m_signals; }
+  /// The limit of open files before it was raised, for programs that are started; 0 for unknown.
+  std::uint64_t formerOpenFileLimit() const { return m_formerOpenFileLimit; }
 
   /// A new model in place of the last one. What writers got from the last one must not be used any
   /// more. The last model of a session outlives its writers.
@@ -48,6 +51,7 @@ class Session {
   std::unique_ptr<WriterLibrary> m_library;
   StopSignal m_stop;
   SignalWatch m_signals;
+  std::uint64_t m_formerOpenFileLimit;
 };
 
 }  // namespace qumetra::cli

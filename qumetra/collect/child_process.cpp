@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <system_error>
@@ -83,8 +85,18 @@ std::vector<std::string> changedEnvironment(const EnvironmentChanges& changes) {
   return variables;
 }
 
+void limitOpenFiles(std::uint64_t openFiles) {
+  rlimit limit{};
+  if (openFiles > 0 && ::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    limit.rlim_cur = std::min<rlim_t>(openFiles, limit.rlim_max);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
+}
+
 /// The child's part after the fork: only calls that are safe there. Tells the pipe why it failed.
-[[noreturn]] void execute(char* const* arguments, char* const* environment, int failurePipe) {
+[[noreturn]] void execute(char* const* arguments, char* const* environment, std::uint64_t openFiles,
+                          int failurePipe) {
+  limitOpenFiles(openFiles);
   sigset_t none;
   ::sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -119,7 +131,7 @@ int openPidDescriptor(pid_t pid) {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
-                           const EnvironmentChanges& changes) {
+                           const EnvironmentChanges& changes, std::uint64_t openFiles) {
   // Everything that allocates happens before the fork.
   std::vector<std::string> words = command;
   const std::vector<char*> arguments = pointersTo(words);
@@ -133,7 +145,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
                        CommandError::kCannotRun);
   }
   if (m_pid == 0) {
-    execute(arguments.data(), environment.data(), failure.writeEnd());
+    execute(arguments.data(), environment.data(), openFiles, failure.writeEnd());
   }
   failure.closeWriteEnd();
   if (const int error = failure.readNumber(); error != 0) {

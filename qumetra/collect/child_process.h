@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -19,9 +20,10 @@ class ChildProcess {
  public:
   /// Starts `command`, its program searched in PATH, with the signal mask empty and the standard
   /// streams of this process. Returns when the program has replaced the child, and throws
-  /// `CommandError` when it could not. REQUIRES: `command` is not empty.
+  /// `CommandError` when it could not. `openFiles` is the limit of open files that the command
+  /// gets, 0 for that of this process. REQUIRES: `command` is not empty.
   explicit ChildProcess(const std::vector<std::string>& command,
-                        const EnvironmentChanges& changes = {});
+                        const EnvironmentChanges& changes = {}, std::uint64_t openFiles = 0);
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
   ~ChildProcess();

@@ -46,7 +46,7 @@ void checkNames(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     if (std::find(known.begin(), known.end(), name) == known.end()) {
       throw CollectionError(
-          fmt::format("unknown source '{}'; known are: {}", name, fmt::join(known, ", ")));
+          fmt::format("unknown source \"{}\"; known are: {}", name, fmt::join(known, ", ")));
     }
   }
 }
@@ -81,13 +81,17 @@ pwr::MetricOrder orderOf(const std::vector<std::unique_ptr<Collector>>& collecto
 }  // namespace
 
 struct Collection::State {
+  using Teller = std::function<void(const std::string& line)>;
+
   State(CollectionOptions chosen, Model& world, StopSignal& signal)
       : options(std::move(chosen)), model(world), stop(signal) {}
 
   void checkOptions() const;
   void openCollectors();
   void openCollector(std::unique_ptr<Collector> collector);
-  void notice(const std::string& line);
+  /// Keeps the line for the results and tells it.
+  void notice(const std::string& line, const Teller& tell);
+  void noteDoubts(const CollectionOutcome& outcome);
 
   CollectionSetup setup() const;
   /// Takes the first reading and starts the command.
@@ -106,6 +110,8 @@ struct Collection::State {
   std::unique_ptr<MachineEntities> entities;
   std::unique_ptr<CollectorContext> context;
   std::vector<std::unique_ptr<Collector>> collectors;
+  /// A line for each source that is left out.
+  std::vector<std::string> missingSources;
   std::vector<std::string> notices;
   std::optional<ChildProcess> command;
 };
@@ -161,6 +167,8 @@ CollectionResult Collection::run(MessageSink* live) {
           .commandStatus = end.outcome.commandStatus};
 }
 
+bool Collection::commandRuns() { return m_state->command && !m_state->command->poll(); }
+
 int Collection::waitForCommand() {
   State& state = *m_state;
   if (!state.command) {
@@ -194,13 +202,13 @@ void Collection::State::checkOptions() const {
 }
 
 void Collection::State::openCollectors() {
-  context = std::make_unique<CollectorContext>(
-      CollectorContext{.model = model,
-                       .entities = *entities,
-                       .procfs = options.procfs,
-                       .sysfs = options.sysfs,
-                       .intervalTicks = ticksOf(options.interval),
-                       .notice = [this](const std::string& line) { notice(line); }});
+  context = std::make_unique<CollectorContext>(CollectorContext{
+      .model = model,
+      .entities = *entities,
+      .procfs = options.procfs,
+      .sysfs = options.sysfs,
+      .intervalTicks = ticksOf(options.interval),
+      .notice = [this](const std::string& line) { notice(line, options.notice); }});
   for (auto& collector : makeCollectors()) {
     if (isChosen(options.sources, collector->info().name)) {
       openCollector(std::move(collector));
@@ -208,7 +216,10 @@ void Collection::State::openCollectors() {
   }
   if (collectors.empty()) {
     throw CollectionError(
-        fmt::format("nothing to collect on this machine: {}", fmt::join(notices, "; ")));
+        fmt::format("nothing to collect on this machine: {}", fmt::join(missingSources, "; ")));
+  }
+  for (const std::string& missing : missingSources) {
+    notice(missing, options.notice);
   }
 }
 
@@ -221,14 +232,24 @@ void Collection::State::openCollector(std::unique_ptr<Collector> collector) {
     if (!options.sources.empty()) {
       throw CollectionError(fmt::format("source {}: {}", name, missing.what()));
     }
-    notice(fmt::format("source {} is left out: {}", name, missing.what()));
+    missingSources.push_back(fmt::format("source {} is left out: {}", name, missing.what()));
   }
 }
 
-void Collection::State::notice(const std::string& line) {
+void Collection::State::notice(const std::string& line, const Teller& tell) {
   notices.push_back(line);
-  if (options.notice) {
-    options.notice(line);
+  if (tell) {
+    tell(line);
+  }
+}
+
+void Collection::State::noteDoubts(const CollectionOutcome& outcome) {
+  const bool wasShortCommand = outcome.commandStatus.has_value();
+  if (const auto doubt = fewSamplesLine(outcome)) {
+    notice(*doubt, wasShortCommand ? options.remark : options.notice);
+  }
+  if (const auto doubt = missedSamplesLine(outcome)) {
+    notice(*doubt, options.notice);
   }
 }
 
@@ -252,7 +273,7 @@ void Collection::State::start() {
   }
   // After the first reading, so that the whole of the command is measured.
   if (!options.command.empty()) {
-    command.emplace(options.command, options.commandEnvironment);
+    command.emplace(options.command, options.commandEnvironment, options.commandOpenFiles);
   }
   pwr::WriterInterfaceConfigFileParser::instance()->setOrder(
       options.metricOrder ? *options.metricOrder : orderOf(collectors));
@@ -313,9 +334,7 @@ void Collection::State::noteEnd(const MeasurementEnd& end, RecordingWriter* reco
 
 void Collection::State::deliverClosing(MessageSink& sink, const CollectionOutcome& outcome) {
   deliverHeaderTexts(sink, closingLines(*metadata, setup(), outcome));
-  for (const std::string& doubt : doubtLines(outcome)) {
-    notice(doubt);
-  }
+  noteDoubts(outcome);
   for (const std::string& line : notices) {
     deliverText(sink, "Warning: " + line);
   }

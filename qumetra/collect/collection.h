@@ -62,6 +62,8 @@ struct CollectionOptions {
   /// Variables that the command gets other than this process has them; those without a value are
   /// left out.
   std::map<std::string, std::optional<std::string>> commandEnvironment;
+  /// The limit of open files that the command gets; 0 for that of this process.
+  std::uint64_t commandOpenFiles = 0;
   /// The file that the collection is recorded to. Without `live` in `Collection::run` it must not
   /// be empty.
   std::string recordPath;
@@ -79,6 +81,8 @@ struct CollectionOptions {
   /// Called with one line, without a line end, for each source that is missing and for whatever
   /// makes the numbers doubtful; the lines stand in the results too. May be empty.
   std::function<void(const std::string& line)> notice;
+  /// The same for what only those who ask want to know: a command that simply was short.
+  std::function<void(const std::string& line)> remark;
   /// Called after each sample. May be empty.
   std::function<void(const CollectionProgress& progress)> progress;
 };
@@ -139,6 +143,9 @@ class Collection {
   /// `CollectionError` when the recording cannot be written; what `live` got by then stays. A
   /// failed recording does not end the command. REQUIRES: `open` has returned; not called before.
   CollectionResult run(MessageSink* live = nullptr);
+
+  /// Whether there is a command and it still runs.
+  bool commandRuns();
 
   /// Waits for a command that outlives the measuring and returns its status as `CollectionResult`
   /// tells it; 0 without a command. After a stop request a command that does not end by itself

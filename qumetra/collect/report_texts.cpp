@@ -100,21 +100,23 @@ std::vector<std::string> closingLines(const pwr::SystemMetadata& metadata,
   return lines;
 }
 
-std::vector<std::string> doubtLines(const CollectionOutcome& outcome) {
-  std::vector<std::string> lines;
-  if (outcome.moments < kFewestMoments) {
-    lines.push_back(fmt::format(
-        "only {}; shares and rates are coarse below {}, a longer time or a shorter interval helps",
-        counted(outcome.moments, "sample of each metric", "samples of each metric"),
-        kFewestMoments));
+std::optional<std::string> fewSamplesLine(const CollectionOutcome& outcome) {
+  if (outcome.moments >= kFewestMoments) {
+    return std::nullopt;
   }
-  if (outcome.missed > 0) {
-    lines.push_back(fmt::format(
-        "{} came too late and {} left out; totals cover the whole time all the same, a longer "
-        "interval helps",
-        counted(outcome.missed, "sample", "samples"), outcome.missed == 1 ? "was" : "were"));
+  return fmt::format(
+      "only {}; shares and rates are coarse below {}, a longer time or a shorter interval helps",
+      counted(outcome.moments, "sample of each metric", "samples of each metric"), kFewestMoments);
+}
+
+std::optional<std::string> missedSamplesLine(const CollectionOutcome& outcome) {
+  if (outcome.missed == 0) {
+    return std::nullopt;
   }
-  return lines;
+  return fmt::format(
+      "{} came too late and {} left out; totals cover the whole time all the same, a longer "
+      "interval helps",
+      counted(outcome.missed, "sample", "samples"), outcome.missed == 1 ? "was" : "were");
 }
 
 }  // namespace qumetra

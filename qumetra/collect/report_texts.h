@@ -39,7 +39,8 @@ std::vector<std::string> openingLines(const pwr::SystemMetadata& metadata,
 std::vector<std::string> closingLines(const pwr::SystemMetadata& metadata,
                                       const CollectionSetup& setup,
                                       const CollectionOutcome& outcome);
-/// What makes the numbers doubtful: too few samples, missed ones. Often empty.
-std::vector<std::string> doubtLines(const CollectionOutcome& outcome);
+// What makes the numbers doubtful; most often nothing.
+std::optional<std::string> fewSamplesLine(const CollectionOutcome& outcome);
+std::optional<std::string> missedSamplesLine(const CollectionOutcome& outcome);
 
 }  // namespace qumetra

@@ -14,8 +14,8 @@
 namespace qumetra {
 namespace {
 
-constexpr std::array<int, 9> kCaught = {SIGINT, SIGTERM, SIGUSR1, SIGXFSZ, SIGSEGV,
-                                        SIGBUS, SIGFPE,  SIGILL,  SIGABRT};
+constexpr std::array<int, 10> kCaught = {SIGINT,  SIGTERM, SIGHUP, SIGUSR1, SIGXFSZ,
+                                         SIGSEGV, SIGBUS,  SIGFPE, SIGILL,  SIGABRT};
 
 // What the handlers use. They run between any two instructions, so all of it is atomic or set
 // before the handlers are installed.
@@ -82,6 +82,7 @@ struct sigaction actionFor(int number) {
   switch (number) {
     case SIGINT:
     case SIGTERM:
+    case SIGHUP:
       action.sa_handler = onStop;
       break;
     case SIGUSR1:
@@ -97,6 +98,11 @@ struct sigaction actionFor(int number) {
   return action;
 }
 
+/// Whether whoever started this process has taken the signal from it for good.
+bool staysIgnored(int number, const struct sigaction& former) {
+  return (number == SIGINT || number == SIGHUP) && former.sa_handler == SIG_IGN;
+}
+
 }  // namespace
 
 SignalWatch::SignalWatch(StopSignal& stop) {
@@ -104,8 +110,11 @@ SignalWatch::SignalWatch(StopSignal& stop) {
   s_lastWordsSize = 0;
   s_stop = &stop;
   for (std::size_t i = 0; i < kCaught.size(); ++i) {
-    const struct sigaction action = actionFor(kCaught[i]);
-    ::sigaction(kCaught[i], &action, &s_former[i]);
+    ::sigaction(kCaught[i], nullptr, &s_former[i]);
+    if (!staysIgnored(kCaught[i], s_former[i])) {
+      const struct sigaction action = actionFor(kCaught[i]);
+      ::sigaction(kCaught[i], &action, nullptr);
+    }
   }
 }
 

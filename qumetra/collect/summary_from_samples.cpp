@@ -1,9 +1,13 @@
 #include "qumetra/collect/summary_from_samples.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 #include "host/handles.h"
+#include "host/table.h"
 #include "qumetra/collect/summary_tables.h"
+#include "qumetra/model/model.h"
 
 namespace qumetra {
 namespace {
@@ -67,19 +71,27 @@ void SummaryFromSamples::note(std::string_view text) {
 }
 
 void SummaryFromSamples::finish(const std::function<void(const std::string& line)>& tell) {
-  if (!m_isCollection || m_hasTables || m_samples == 0) {
+  const auto lacksTables = [](const auto& entry) { return !entry.second.hasTables; };
+  if (std::none_of(m_totals.begin(), m_totals.end(), lacksTables)) {
     return;
   }
   const std::string line = fmt::format(
-      "the collection did not end in order; the summary tables were made from its {} sample{}",
+      "the collection did not end in order; the missing summary tables were made from its {} "
+      "sample{}",
       m_samples, m_samples == 1 ? "" : "s");
   tell(line);
   pwr::TextMessage message;
   message.setMessage("Warning: " + line);
   m_sink.text(message);
-  SummaryContext context{.model = m_model, .sink = m_sink};
+  // High above the ids that collections give.
+  SummaryContext context{.model = m_model,
+                         .sink = m_sink,
+                         .nextTableId = m_lastTableId + 1,
+                         .nextHandleId = Model::kLastReservedId + 1};
   for (const auto& [metricId, totals] : m_totals) {
-    deliverSummary(totals.spec, totals.columns, context);
+    if (!totals.hasTables) {
+      deliverSummary(totals.spec, totals.columns, context);
+    }
   }
 }
 
@@ -95,7 +107,10 @@ void SummaryFromSamples::sample(const pwr::Metric& metric) {
 }
 
 void SummaryFromSamples::table(const pwr::TableMessage& table) {
-  m_hasTables = true;
+  m_lastTableId = std::max(m_lastTableId, table.m_id);
+  if (const auto totals = m_totals.find(table.m_metricId); totals != m_totals.end()) {
+    totals->second.hasTables = true;
+  }
   m_sink.table(table);
 }
 

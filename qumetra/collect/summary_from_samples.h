@@ -22,9 +22,9 @@ class Model;
 inline constexpr std::string_view kCollectionNote =
     "A collection: summary tables stand behind the samples, unless it was cut short.";
 
-/// Passes every message of a recording on. When the recording is over, and is a collection's with
-/// samples and without any table, the tables that its orderly end would have made are delivered,
-/// and a text that says so. Recordings without the note of a collection pass as they are.
+/// Passes every message of a recording on. When the recording is over, and is a collection's, each
+/// metric that has samples and no table gets those that an orderly end would have made, behind a
+/// text that says so. Recordings without the note of a collection pass as they are.
 ///
 ///     SummaryFromSamples summary(model, run);
 ///     RecordingReader reader(path, model, summary);
@@ -32,8 +32,8 @@ inline constexpr std::string_view kCollectionNote =
 ///     reader.readAll();
 ///     summary.finish(tell);
 ///
-/// What was never sampled has no table. Model and sink are borrowed; the tables' objects go into
-/// the model. Not synchronised.
+/// What was never sampled has no table, and a table that broke off in the middle stays so. Model
+/// and sink are borrowed; the tables' objects go into the model. Not synchronised.
 class SummaryFromSamples : public MessageSink {
  public:
   SummaryFromSamples(Model& model, MessageSink& sink);
@@ -67,6 +67,7 @@ class SummaryFromSamples : public MessageSink {
 
     MetricSpec spec;
     std::vector<Column> columns;
+    bool hasTables = false;
 
    private:
     Column& column(const pwr::Metric::Column& key);
@@ -77,8 +78,8 @@ class SummaryFromSamples : public MessageSink {
   Model& m_model;
   MessageSink& m_sink;
   bool m_isCollection = false;
-  bool m_hasTables = false;
   std::uint64_t m_samples = 0;
+  std::uint32_t m_lastTableId = 0;
   /// By metric id, which is the order in which a collection summarises its metrics.
   std::map<std::uint32_t, Totals> m_totals;
 };

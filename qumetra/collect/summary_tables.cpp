@@ -65,7 +65,27 @@ class RowTable {
 
  private:
   const pwr::DataHandle* makeHandle(const std::string& name) {
-    return &m_context.model.addColumnHandle(named(name), pwr::DataHandle::kOtherType);
+    HandleSpec spec = named(name);
+    const pwr::DataHandle* handle = nullptr;
+    while (handle == nullptr) {
+      spec.id = m_context.nextHandleId;
+      handle = tryHandle(spec);
+    }
+    return handle;
+  }
+  /// Null when the id of the context, which is used up by then, was taken.
+  const pwr::DataHandle* tryHandle(const HandleSpec& spec) {
+    if (m_context.nextHandleId) {
+      ++*m_context.nextHandleId;
+    }
+    try {
+      return &m_context.model.addColumnHandle(spec, pwr::DataHandle::kOtherType);
+    } catch (const IdError&) {
+      if (!spec.id) {
+        throw;
+      }
+      return nullptr;
+    }
   }
 
   SummaryContext& m_context;

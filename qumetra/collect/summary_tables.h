@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "qumetra/collect/sampled_metric.h"
@@ -17,6 +18,9 @@ struct SummaryContext {
   MessageSink& sink;
   /// Unique over all metrics, since readers keep the notes of tables by this id alone.
   std::uint32_t nextTableId = 1;
+  /// The ids of column handles count up from here, those that are taken being left out. Without it
+  /// the model gives them, which fails in a model whose objects were read from a recording.
+  std::optional<std::uint64_t> nextHandleId = std::nullopt;
 };
 
 /// Delivers the summary of a metric: a title table, which announces the columns, and one value

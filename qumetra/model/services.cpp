@@ -28,10 +28,22 @@ char* pw_strncpy(char* destination, const char* source, std::size_t size) {
 }
 
 namespace pwr {
+namespace {
+
+std::string& mutableSysfsRoot() {
+  static std::string s_root = "/sys";
+  return s_root;
+}
+
+}  // namespace
 
 std::string resolveEntityName(const std::string& name, const std::string& device,
                               const std::string& /*tag*/) {
   return device.empty() ? name : device;
 }
+
+const std::string& sysfsRoot() { return mutableSysfsRoot(); }
+
+void setSysfsRoot(const std::string& root) { mutableSysfsRoot() = root; }
 
 }  // namespace pwr

@@ -9,9 +9,9 @@ namespace qumetra {
 
 /// Makes a fresh directory that only its owner can enter (mode 0700) and points the writers there:
 /// two runs at once, or a stranger in /tmp, cannot touch a run's spill files. The base is the first
-/// of TMPDIR, TMP, TEMP and TEMPDIR that is not empty, else /tmp; while the area lives, TMPDIR names the
-/// directory. At the end the directory goes with all it holds and TMPDIR is what it was. After a
-/// crash or a second Ctrl-C no end is reached and the directory stays: see `SignalWatch`.
+/// of TMPDIR, TMP, TEMP and TEMPDIR that is not empty, else /tmp; while the area lives, TMPDIR
+/// names the directory. At the end the directory goes with all it holds and TMPDIR is what it was.
+/// After a crash or a second Ctrl-C no end is reached and the directory stays: see `SignalWatch`.
 ///
 /// Make it before the writers are loaded, and let it outlive them. The environment is the
 /// process's: no other thread may use it at that moment.

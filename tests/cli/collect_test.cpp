@@ -80,6 +80,13 @@ TEST_F(Collect, CommandHasTheUsersTemporaryDirectory) {
   EXPECT_EQ("/tmp/.\n", readFile(m_tool.file("words")));
 }
 
+TEST_F(Collect, CommandHasTheUsersLimitOfOpenFiles) {
+  Tool shell("/bin/sh");
+  shell.run(
+      {"-c", "ulimit -S -n 61; exec " QM_TOOL " collect -r auto -- sh -c 'ulimit -S -n > limit'"});
+  EXPECT_EQ("61\n", readFile(shell.file("limit")));
+}
+
 TEST_F(Collect, BadOutputPathFailsBeforeTheCommandStarts) {
   std::filesystem::create_directory(m_tool.file("Automation_Summary.csv"));
   const ToolResult result = collect({"--", "touch", "started"});
@@ -92,6 +99,13 @@ TEST_F(Collect, BadPathOfTheRecordingFailsBeforeTheCommandStarts) {
   const ToolResult result = collect({"--record", "/proc/x.qmrec", "--", "touch", "started"});
   EXPECT_EQ(2, result.status);
   EXPECT_THAT(m_tool.files(), IsEmpty());
+}
+
+TEST_F(Collect, NamesTheResultFilesToThoseWhoAsk) {
+  const ToolResult result = collect({"-v", "-t", "0.3"});
+  const std::string path = std::filesystem::canonical(m_tool.file("Automation_Summary.csv"));
+  EXPECT_THAT(result.err, HasSubstr("qumetra: result: " + path + ", " +
+                                    std::to_string(summary().size()) + " bytes\n"));
 }
 
 TEST_F(Collect, RecordingReplaysToTheSameSummary) {
@@ -113,12 +127,21 @@ TEST_F(Collect, KilledCollectionLeavesARecordingThatReplaysToASummary) {
   const ToolResult result = m_tool.run({"replay", "kept.qmrec", "-r", "auto"});
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.err, HasSubstr("qumetra: the collection did not end in order"));
-  EXPECT_THAT(summary(), HasSubstr(",CPU Time Summary: Residency (Percentage and Time)_CPU 0_"));
+  EXPECT_THAT(summary(),
+              HasSubstr(",CPU Time Summary: Residency (Percentage and Time)_CPU_CPU 0_"));
 }
 
 TEST_F(Collect, LiveCollectionDeliversToo) {
   EXPECT_EQ(0, collect({"-t", "0.3", "--continuous", "0.1"}).status);
   EXPECT_EQ(2, summaryLines());
+}
+
+TEST_F(Collect, WritersThatServeNoContinuousRunAreNamed) {
+  const ToolResult result = collect({"-t", "0.3", "--continuous", "0.1"});
+  EXPECT_THAT(result.err,
+              StartsWith("qumetra: --continuous: no chosen writer (auto) makes fresh files; they "
+                         "write their results at the end\n"));
+  EXPECT_EQ("", collect({"-q", "-t", "0.3", "--continuous", "0.1"}).err);
 }
 
 TEST_F(Collect, FirstInterruptEndsItEarlyWithResults) {
@@ -148,6 +171,13 @@ TEST_F(Collect, ShowsTimeAndSamplesOnATerminal) {
   m_tool.useTerminal();
   EXPECT_THAT(collect({"-t", "0.5"}).err,
               ::testing::ContainsRegex("collecting: 0\\.[0-9] s, [0-9]+ samples"));
+}
+
+TEST_F(Collect, LeavesTheTerminalToACommandThatRuns) {
+  m_tool.useTerminal();
+  EXPECT_EQ(
+      "hello\r\n",
+      m_tool.run({"collect", "-r", "auto", "--", "sh", "-c", "sleep 0.5; echo hello >&2"}).err);
 }
 
 }  // namespace

@@ -33,6 +33,7 @@ TEST(Usage, EveryCommandHasHelp) {
   EXPECT_THAT(Tool().run({"collect", "--help"}).out, HasSubstr("qumetra collect -t 10"));
   EXPECT_THAT(Tool().run({"replay", "--help"}).out, HasSubstr("qumetra replay run.qmrec"));
   EXPECT_THAT(Tool().run({"writers", "--help"}).out, HasSubstr("--json"));
+  EXPECT_THAT(Tool().run({"platform", "--help"}).out, HasSubstr("--json"));
 }
 
 TEST(Usage, VersionIsPrintedBeforeAndAfterTheCommand) {
@@ -48,10 +49,37 @@ TEST(Usage, UnknownCommandIsWrong) {
 
 TEST(Usage, UnknownOptionIsWrong) { expectUsageError({"writers", "--dance"}, "--dance"); }
 
+TEST(Usage, ErrorsNameTheHelpOfTheirCommand) {
+  expectUsageError({"writers", "--dance"}, "; see qumetra writers --help");
+  expectUsageError({"collect", "-t", "x"}, "; see qumetra collect --help");
+  expectUsageError({"dance"}, "; see qumetra --help");
+}
+
+TEST(Usage, HelpOfCollectTellsWhenItEnds) {
+  const std::string help = Tool().run({"collect", "--help"}).out;
+  EXPECT_THAT(help, HasSubstr("the command goes on to its end, and its status counts"));
+  EXPECT_THAT(help, HasSubstr("a command that has not ended a second later gets SIGTERM"));
+  EXPECT_THAT(help, HasSubstr("without -t, measuring goes on until Ctrl-C"));
+}
+
 TEST(Usage, VerbosityIsANumber) {
   expectUsageError({"--verbosity", "much", "writers"}, "--verbosity");
   expectUsageError({"--verbosity", "-1", "writers"}, "--verbosity");
 }
+
+TEST(Usage, VerbosityIsAtMostTwo) {
+  expectUsageError({"--verbosity", "3", "writers"}, "--verbosity");
+}
+
+TEST(Usage, ListsHaveNoEmptyNames) {
+  expectUsageError({"collect", "-r", "auto,,raw"}, "-r \"auto,,raw\" has an empty name in it");
+  expectUsageError({"collect", "-r", ""}, "-r \"\" has an empty name in it");
+  expectUsageError({"replay", "x", "-r", "raw,"}, "-r \"raw,\" has an empty name in it");
+  expectUsageError({"collect", "--source", ",cpu_time"},
+                   "--source \",cpu_time\" has an empty name");
+}
+
+TEST(Usage, RecordNeedsAName) { expectUsageError({"collect", "--record", ""}, "--record"); }
 
 TEST(Usage, LoudAndQuietExcludeEachOther) {
   expectUsageError({"-v", "-q", "writers"}, "-q");

@@ -64,6 +64,11 @@ TEST(ChildProcess, VariablesAreSetAndLeftOutAsTold) {
   EXPECT_EQ(0, waitForEnd(child));
 }
 
+TEST(ChildProcess, TheLimitOfOpenFilesIsTheOneTold) {
+  ChildProcess child({"sh", "-c", "test $(ulimit -S -n) = 61"}, {}, 61);
+  EXPECT_EQ(0, waitForEnd(child));
+}
+
 TEST(ChildProcess, AMissingCommandIs127) {
   const CommandError error = failureOf({"no-such-command-at-all"});
   EXPECT_EQ(127, error.status());

@@ -32,6 +32,18 @@ TEST_F(CollectionTest, ACollectionLastsAsLongAsItsCommand) {
               testing::IsSupersetOf({"Command: sh -c 'sleep 0.05; exit 7'", "Command status: 7"}));
 }
 
+TEST_F(CollectionTest, ACommandThatSimplyWasShortIsARemarkAndStandsInTheReport) {
+  std::vector<std::string> remarks;
+  options.remark = [&remarks](const std::string& line) { remarks.push_back(line); };
+  options.interval = milliseconds(100);
+  options.command = {"true"};
+  collect();
+  EXPECT_THAT(notices, IsEmpty());
+  EXPECT_THAT(remarks, ElementsAre(testing::StartsWith("only 1 sample of each metric")));
+  EXPECT_THAT(Replay(options.recordPath).sink.texts,
+              ElementsAre(testing::StartsWith("Warning: only 1 sample of each metric")));
+}
+
 TEST_F(CollectionTest, ACommandThatIsNotThereLeavesNothingBehind) {
   options.command = {"no-such-command-at-all"};
   try {
@@ -51,7 +63,9 @@ TEST_F(CollectionTest, ATimeLimitsTheMeasuringAndTheCommandGoesOn) {
   collection.open();
   const CollectionResult result = collection.run();
   EXPECT_EQ(std::nullopt, result.commandStatus);
+  EXPECT_TRUE(collection.commandRuns());
   EXPECT_EQ(5, collection.waitForCommand());
+  EXPECT_FALSE(collection.commandRuns());
   EXPECT_EQ(5, collection.waitForCommand()) << "asked again";
 }
 
@@ -68,6 +82,7 @@ TEST_F(CollectionTest, AfterAStopRequestACommandThatGoesOnIsToldToEnd) {
 TEST_F(CollectionTest, WithoutACommandThereIsNothingToWaitFor) {
   Model model;
   Collection collection(options, model, stop);
+  EXPECT_FALSE(collection.commandRuns());
   EXPECT_EQ(0, collection.waitForCommand());
 }
 

@@ -159,7 +159,7 @@ TEST_F(CollectionTest, AMissingSourceThatWasNamedIsAnError) {
 
 TEST_F(CollectionTest, ASourceThatIsNotThereAtAllListsTheKnownOnes) {
   options.sources = {"cpu_tim"};
-  EXPECT_EQ("unknown source 'cpu_tim'; known are: cpu_time, cpu_idle", failureOfOpen());
+  EXPECT_EQ("unknown source \"cpu_tim\"; known are: cpu_time, cpu_idle", failureOfOpen());
 }
 
 TEST_F(CollectionTest, NothingToCollectIsAnErrorWithTheReasons) {
@@ -168,6 +168,7 @@ TEST_F(CollectionTest, NothingToCollectIsAnErrorWithTheReasons) {
   EXPECT_THAT(failureOfOpen(),
               testing::AllOf(StartsWith("nothing to collect on this machine: "),
                              HasSubstr("/stat: cannot be read"), HasSubstr("CONFIG_CPU_IDLE")));
+  EXPECT_TRUE(notices.empty()) << "the error tells it all";
 }
 
 TEST_F(CollectionTest, OnlyTheChosenSourcesAreCollected) {

@@ -77,19 +77,22 @@ TEST_F(ReportTexts, TheClosingTellsAnEarlyEndAndTheCommandsStatus) {
 }
 
 TEST(DoubtLines, EnoughSamplesInTimeLeaveNoDoubt) {
-  EXPECT_THAT(doubtLines({.moments = 10}), IsEmpty());
+  EXPECT_EQ(std::nullopt, fewSamplesLine({.moments = 10}));
+  EXPECT_EQ(std::nullopt, missedSamplesLine({.moments = 10}));
 }
 
 TEST(DoubtLines, TooFewSamplesAreADoubt) {
-  EXPECT_THAT(doubtLines({.moments = 9}),
-              ElementsAre("only 9 samples of each metric; shares and rates are coarse below 10, a "
-                          "longer time or a shorter interval helps"));
+  EXPECT_EQ(
+      "only 9 samples of each metric; shares and rates are coarse below 10, a longer time or a "
+      "shorter interval helps",
+      fewSamplesLine({.moments = 9}));
 }
 
 TEST(DoubtLines, MissedSamplesAreADoubt) {
-  EXPECT_THAT(doubtLines({.moments = 10, .missed = 1}),
-              ElementsAre("1 sample came too late and was left out; totals cover the whole time "
-                          "all the same, a longer interval helps"));
+  EXPECT_EQ(
+      "1 sample came too late and was left out; totals cover the whole time all the same, a longer "
+      "interval helps",
+      missedSamplesLine({.moments = 10, .missed = 1}));
 }
 
 }  // namespace

@@ -33,6 +33,35 @@ TEST_F(SignalWatchTest, TerminationIsAStopRequestToo) {
   EXPECT_EQ(SIGTERM, watch.stopSignalNumber());
 }
 
+TEST_F(SignalWatchTest, HangUpIsAStopRequestToo) {
+  const SignalWatch watch(m_stop);
+  ::raise(SIGHUP);
+  EXPECT_TRUE(m_stop.stopRequested());
+  EXPECT_EQ(SIGHUP, watch.stopSignalNumber());
+}
+
+TEST_F(SignalWatchTest, SecondHangUpLeavesAtOnce) {
+  const auto leave = [this] {
+    const SignalWatch watch(m_stop);
+    ::raise(SIGHUP);
+    ::raise(SIGHUP);
+    ::_exit(0);
+  };
+  EXPECT_EXIT(leave(), ::testing::ExitedWithCode(128 + SIGHUP), "");
+}
+
+TEST_F(SignalWatchTest, IgnoredInterruptAndHangUpStayIgnored) {
+  for (const int number : {SIGINT, SIGHUP}) {
+    const auto former = ::signal(number, SIG_IGN);
+    {
+      const SignalWatch watch(m_stop);
+      ::raise(number);
+    }
+    EXPECT_EQ(SIG_IGN, ::signal(number, former));
+  }
+  EXPECT_FALSE(m_stop.stopRequested());
+}
+
 TEST_F(SignalWatchTest, User1IsAFlushRequestAndNoStop) {
   const SignalWatch watch(m_stop);
   ::raise(SIGUSR1);

@@ -76,10 +76,30 @@ TEST_F(SummaryFromSamplesTest, OneLineTellsItAndStandsInTheResults) {
   cutBehindLast("{\"sample\"");
   replay();
   const std::string line =
-      "the collection did not end in order; the summary tables were made from its " +
+      "the collection did not end in order; the missing summary tables were made from its " +
       std::to_string(sink.samples.size()) + " samples";
   EXPECT_THAT(told, ElementsAre(line));
   EXPECT_THAT(sink.texts, ElementsAre("Warning: " + line));
+}
+
+TEST_F(SummaryFromSamplesTest, TablesThatAreThereStayAndTheOthersAreMade) {
+  const std::vector<KeptTable> expected = Replay(options.recordPath).sink.tables;
+  // CPU Time, a row per CPU and one of totals, comes first.
+  const std::string text = readFile(options.recordPath);
+  std::size_t end = 0;
+  for (int line = 0; line < 4; ++line) {
+    end = text.find('\n', text.find("\n{\"table\"", end) + 1);
+  }
+  writeFile(options.recordPath, text.substr(0, end + 1));
+  ASSERT_EQ(4U, Replay(options.recordPath).sink.tables.size());
+  replay();
+  ASSERT_EQ(expected.size(), sink.tables.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(expected[i].title, sink.tables[i].title);
+    EXPECT_EQ(expected[i].id, sink.tables[i].id);
+    EXPECT_EQ(expected[i].cells, sink.tables[i].cells);
+  }
+  EXPECT_EQ(1U, told.size());
 }
 
 TEST_F(SummaryFromSamplesTest, ACollectionThatEndedPassesAsItIs) {

@@ -186,6 +186,17 @@ TEST_F(CounterSummary, TablesOfDifferentMetricsHaveDifferentIds) {
   EXPECT_NE(first, sink.tables.back().id);
 }
 
+TEST_F(CounterSummary, HandlesOfARecordingKeepTheirIds) {
+  constexpr std::uint64_t kFirst = 0x80000000;
+  HandleSpec taken = named("taken");
+  taken.id = kFirst;
+  model.addEntity(taken);
+  context.nextHandleId = kFirst;
+  metric.addColumn(cpu0, idle);
+  deliver(metric);
+  EXPECT_EQ(kFirst + 4, context.nextHandleId) << "one is taken, a key and two fields are made";
+}
+
 TEST(SampledMetricTest, ValuesAreDeliveredOnce) {
   Model model;
   KeepingSink sink;

@@ -47,6 +47,15 @@ class CheckIncludes(unittest.TestCase):
         self.assertFalse(
             check_includes.may_include("qumetra/cli/main.cpp", "writers/writer_plugins.h"))
 
+    def test_accesses_know_the_model_and_are_known_to_collectors_only(self):
+        access = "qumetra/access/pci_config_backend.cpp"
+        self.assertTrue(check_includes.may_include(access, "qumetra/model/access_backend.h"))
+        self.assertFalse(check_includes.may_include(access, "qumetra/collect/clock.h"))
+        header = "qumetra/access/pci_devices.h"
+        self.assertTrue(check_includes.may_include("qumetra/collect/a.cpp", header))
+        for room in ("client/src/common", "qumetra/model", "qumetra/run", "qumetra/cli", "writers"):
+            self.assertFalse(check_includes.may_include(f"{room}/a.cpp", header))
+
     def test_nobody_includes_the_command_line(self):
         for room in ("host", "client/src/common", "qumetra/model", "qumetra/run", "writers"):
             self.assertFalse(check_includes.may_include(f"{room}/a.cpp", "qumetra/cli/options.h"))

@@ -1,4 +1,6 @@
 // The order of the virtual operations and of the fields, which hosts are built against.
+#include "tests/support/slots.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string>
@@ -16,6 +18,7 @@ namespace {
 
 using qumetra::test::kDestructorSlots;
 using qumetra::test::offsetIn;
+using qumetra::test::OneMore;
 using qumetra::test::slotOf;
 
 template <typename Message>
@@ -63,13 +66,6 @@ TEST(WriterPluginSlots, FieldOperationsAreNotVirtual) {
   EXPECT_EQ(slotOf(&WriterPlugin::getFieldNameFromHandle), -1);
   EXPECT_EQ(slotOf(&WriterPlugin::getFieldValueFromHandle), -1);
 }
-
-/// Adds one slot behind those of its base.
-template <typename Base>
-class OneMore : public Base {
- public:
-  virtual void next() {}
-};
 
 TEST(WriterPluginSlots, NextOperationOfAWriterTakesSlotNineteen) {
   EXPECT_EQ(slotOf(&OneMore<WriterPlugin>::next), 19);

@@ -22,8 +22,9 @@ std::ostream& droppingStream() {
   return s_stream;
 }
 
-std::ostream& quietStream() {
-  return g_pluginEnvironment != nullptr ? g_pluginEnvironment->quietLog : droppingStream();
+bool showsOrTagged(std::uint32_t level, const char* tag) {
+  return shows(level) ||
+         (g_pluginEnvironment != nullptr && g_pluginEnvironment->enabledTags.contains(tag));
 }
 
 }  // namespace
@@ -95,16 +96,36 @@ void logPlainWarning(const char* format, ...) {
 }
 
 void logTaggedWarning(const char* tag, const char* format, ...) {
-  if (g_pluginEnvironment == nullptr) {
-    return;
-  }
-  if (!shows(PluginEnvironment::kWarnings) && !g_pluginEnvironment->enabledTags.contains(tag)) {
+  if (!showsOrTagged(PluginEnvironment::kWarnings, tag)) {
     return;
   }
   std::va_list arguments;
   va_start(arguments, format);
   logTo(g_pluginEnvironment->warningLog, LogSink::kWarning, format, arguments);
   va_end(arguments);
+}
+
+void logTaggedError(const char* tag, const char* format, ...) {
+  if (!showsOrTagged(PluginEnvironment::kErrors, tag)) {
+    return;
+  }
+  std::va_list arguments;
+  va_start(arguments, format);
+  logTo(g_pluginEnvironment->errorLog, LogSink::kError, format, arguments);
+  va_end(arguments);
+}
+
+void logPlatformNote(const std::string& text) {
+  if (g_pluginEnvironment == nullptr) {
+    return;
+  }
+  const ErrnoKeeper keeper;
+  g_pluginEnvironment->warningLog.log(LogSink::kNote, (text + "\n").c_str());
+  g_pluginEnvironment->notes.push_back(text);
+}
+
+std::ostream& quietStream() {
+  return g_pluginEnvironment != nullptr ? g_pluginEnvironment->quietLog : droppingStream();
 }
 
 // The number in front of a streamed line is the level; readers of the log expect it there.

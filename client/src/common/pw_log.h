@@ -38,6 +38,16 @@ bool plainWarningsShow();
 __attribute__((format(printf, 1, 0))) std::string formatText(const char* format,
                                                              std::va_list arguments);
 
+/// Logs an error at level 1, when errors show or the user has switched `tag` on.
+void logTaggedError(const char* tag, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+/// Shows a remark about the platform, whatever the level, and keeps it for the host's summary. The
+/// line end is added here.
+void logPlatformNote(const std::string& text);
+
+/// The stream that takes what is below the level. Without an environment it drops everything.
+std::ostream& quietStream();
+
 /// The stream for a warning that is inserted piece by piece. When warnings show, the stream is the
 /// warning sink and has got "2WARNING: " already (the digit is part of the line); otherwise it is
 /// the quiet stream and has got nothing. Without an environment it drops everything.

@@ -107,16 +107,25 @@ unsigned long extract_number_i(const std::string& text) {
   return std::strtoul(text.c_str(), nullptr, isHex ? c_hexadecimal : c_decimal);
 }
 
-std::uint32_t extractNumber(const std::string& text, bool hexUnlessDecimal) {
+template <typename Number>
+Number extractNumber(const std::string& text, bool hexUnlessDecimal) {
   const bool isHex = hasHexPrefix(text) || (hexUnlessDecimal && !isAllDigits(text));
   std::istringstream in(text);
   in.imbue(std::locale::classic());
-  std::uint32_t number = 0;
+  Number number = 0;
   if (in >> (isHex ? std::hex : std::dec) >> number) {
     return number;
   }
   warningStream() << "Failed to extract numeric value of " << text << "\n";
   return 0;
+}
+
+template unsigned long extractNumber<unsigned long>(const std::string&, bool);
+template unsigned int extractNumber<unsigned int>(const std::string&, bool);
+template unsigned short extractNumber<unsigned short>(const std::string&, bool);
+
+std::uint32_t extractNumber(const std::string& text, bool hexUnlessDecimal) {
+  return extractNumber<unsigned int>(text, hexUnlessDecimal);
 }
 
 unsigned int getUniqueIDFor(const std::string& name) {
@@ -151,15 +160,18 @@ std::string getCounterNameFromMsgTag(const std::string& tag) {
   return tokenizer.get_num_tokens() > 1 ? tokenizer.get_all_tokens()[1] : std::string();
 }
 
-std::string getCounterNameFromInitValue(const std::string& text, const std::string& endMark,
-                                        const std::string& startMark) {
+// By value, as callers that were built before expect it.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+std::string getCounterNameFromInitValue(const std::string& text, std::string endMark,
+                                        std::string startMark) {
   const auto start = text.find(startMark);
   if (start == std::string::npos) {
     return {};
   }
-  const auto end = text.find(endMark, start + startMark.size());
+  const auto end = text.find(endMark, start + 1);
   return end == std::string::npos ? std::string() : text.substr(start, end - start);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 char* strndup(const char* text, std::size_t length) {
   if (length == std::numeric_limits<std::size_t>::max()) {

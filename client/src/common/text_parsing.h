@@ -33,6 +33,9 @@ unsigned long extract_number_i(const std::string& text);
 /// `hexUnlessDecimal` is set and it has a character that is no decimal digit; else decimal. A text
 /// without a number, or with one that does not fit, is a stream warning and 0.
 std::uint32_t extractNumber(const std::string& text, bool hexUnlessDecimal);
+/// The same for unsigned numbers of other widths: unsigned long, unsigned int and unsigned short.
+template <typename Number>
+Number extractNumber(const std::string& text, bool hexUnlessDecimal);
 
 /// How many times the process has asked for `name` before.
 unsigned int getUniqueIDFor(const std::string& name);
@@ -48,10 +51,10 @@ std::string getMetricTag(const std::string& text);
 
 /// The second of the tokens that "_" separates; empty if there is none.
 std::string getCounterNameFromMsgTag(const std::string& tag);
-/// The part of `text` from the first `startMark`, included, to the next `endMark` behind it; empty
-/// if either is missing.
-std::string getCounterNameFromInitValue(const std::string& text, const std::string& endMark,
-                                        const std::string& startMark);
+/// The part of `text` from the first `startMark`, included, to the next `endMark` that begins
+/// behind the mark's first character; empty if either is missing.
+std::string getCounterNameFromInitValue(const std::string& text, std::string endMark,
+                                        std::string startMark);
 
 /// A copy of up to `length` characters in a block of `length` plus 1 bytes, which the caller gives
 /// to free; a null text is taken for an empty one. Null when there is no memory, or no such size.
