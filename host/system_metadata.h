@@ -57,8 +57,8 @@ struct SystemMetadata {
   double getCollectionDurationSec() const;
   std::string getCPUNativeModelName(unsigned int model) const;
   std::string getFormattedCPUCodeName() const;
-  /// Sets `out` to the names of the platform's controller hubs.
-  void getFormattedPCHDeviceNamesStr(std::string& out, const std::string& platformName) const;
+  /// The names of the platform's controller hubs.
+  std::string getFormattedPCHDeviceNamesStr(const std::string& platformName) const;
 
   // Host side: what the operations above give.
   std::string m_collectionStartTime;

@@ -24,9 +24,9 @@ std::string SystemMetadata::getCPUNativeModelName(unsigned int /*model*/) const 
 
 std::string SystemMetadata::getFormattedCPUCodeName() const { return m_cpuCodeName; }
 
-void SystemMetadata::getFormattedPCHDeviceNamesStr(std::string& out,
-                                                   const std::string& /*platformName*/) const {
-  out = m_pchDeviceNames;
+std::string SystemMetadata::getFormattedPCHDeviceNamesStr(
+    const std::string& /*platformName*/) const {
+  return m_pchDeviceNames;
 }
 
 }  // namespace pwr

@@ -235,15 +235,13 @@ std::string describe(const pwr::SystemMetadata& metadata) {
   for (const std::string& argument : metadata.m_collectorArguments) {
     out << argument << ' ';
   }
-  std::string hubs;
-  metadata.getFormattedPCHDeviceNamesStr(hubs, "any");
   out << metadata.m_osBuildNumber << '/' << metadata.m_timestampFrequency << '/'
       << metadata.m_firstTimestamp << '/' << metadata.m_lastTimestamp << '/'
       << metadata.m_timerResolution << '/' << metadata.m_timeDisplayResolution << '/'
       << int{metadata.m_hasIntegratedGraphics} << '/' << int{metadata.m_secureSignIn} << '/'
       << metadata.m_versionWord << '/' << metadata.getCollectionStartTime() << '/'
       << metadata.getCollectionDurationSec() << '/' << metadata.getCPUNativeModelName(3) << '/'
-      << metadata.getFormattedCPUCodeName() << '/' << hubs;
+      << metadata.getFormattedCPUCodeName() << '/' << metadata.getFormattedPCHDeviceNamesStr("any");
   for (const auto& [type, entry] : metadata.m_platformMetadata) {
     out << "\n  platform " << type << ' ' << platformEntry(entry);
   }
