@@ -6,7 +6,9 @@
 
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
+#include "writers/json_plugin.h"
 #include "writers/plugin_list.h"
+#include "writers/qmjson_plugin/qmjson_writer.h"
 #include "writers/textwriter_plugin/raw_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
 
@@ -95,9 +97,8 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
-    &makePlugin<SummaryWriter>,
-    &makePlugin<RawWriterV2>,
-    &makePlugin<AutoWriter>,
+    &makePlugin<SummaryWriter>, &makePlugin<QMJSONWriter>, &makePlugin<JSONWriter>,
+    &makePlugin<RawWriterV2>,   &makePlugin<AutoWriter>,
 };
 
 }  // namespace
