@@ -65,7 +65,7 @@ TEST_F(Continuous, DurationShowsTheSinglePrecisionOfTheScale) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA);
   // A division in double would give 100000000.
   give(m_writer, metric, 0, {m_world.element(m_entity, nullptr, Data(1.0), 2'400'000'000)});
-  EXPECT_EQ(m_writer.data.back().duration, 100000001.0);
+  EXPECT_EQ(m_writer.data.back().duration, 100000002.0);
 }
 
 TEST_F(Continuous, SystemMessageWithoutMetadataIsRefused) {
@@ -328,17 +328,17 @@ TEST_F(Continuous, DescriptionTellsTheMetric) {
   const auto document = parseFile(file("run_0.qmjson"));
   const auto& list = document["Metadata"];
   const auto& node = list[list[0]["Name"] == "M" ? 0 : 1];
-  EXPECT_EQ(node["FeatureName"], "F");
-  EXPECT_EQ(node["ID"], 1);
-  EXPECT_EQ(node["Quantity"]["Name"], "Time");
-  EXPECT_EQ(node["Quantity"]["Units"], "s");
-  EXPECT_EQ(node["Type"], "SAMPLED_RESIDENCY");
-  EXPECT_EQ(node["States"], "C0") << "one state is no list";
+  EXPECT_STREQ(node["FeatureName"].GetString(), "F");
+  EXPECT_EQ(node["ID"].GetDouble(), 1);
+  EXPECT_STREQ(node["Quantity"]["Name"].GetString(), "Time");
+  EXPECT_STREQ(node["Quantity"]["Units"].GetString(), "s");
+  EXPECT_STREQ(node["Type"].GetString(), "SAMPLED_RESIDENCY");
+  EXPECT_STREQ(node["States"].GetString(), "C0") << "one state is no list";
   const auto& columns = node["Entity-Descriptor-Combinations"];
-  EXPECT_EQ(columns[0]["Entity"], "Package/Core");
-  EXPECT_EQ(columns[0]["Descriptor"]["Name"], "C1");
-  EXPECT_EQ(columns[0]["Descriptor"]["AttributeValue"], "800");
-  EXPECT_EQ(columns[1]["Entity"], "");
+  EXPECT_STREQ(columns[0]["Entity"].GetString(), "Package/Core");
+  EXPECT_STREQ(columns[0]["Descriptor"]["Name"].GetString(), "C1");
+  EXPECT_STREQ(columns[0]["Descriptor"]["AttributeValue"].GetString(), "800");
+  EXPECT_STREQ(columns[1]["Entity"].GetString(), "");
   EXPECT_FALSE(columns[1].HasMember("Descriptor"));
 }
 
@@ -365,20 +365,20 @@ TEST_F(Continuous, SystemIsToldAsTexts) {
   m_writer.flushContinuousResults(system);
   const auto document = parseFile(file("run_0.qmjson"));
   const auto& node = document["Metadata"][0];
-  EXPECT_EQ(node["Name"], "SystemMetadata");
-  EXPECT_EQ(node["FeatureName"], "");
-  EXPECT_EQ(node["ID"], -1);
-  EXPECT_EQ(node["Platform"]["Plaform Name"], "P") << "spelled so";
-  EXPECT_EQ(node["Platform"]["Platform ID"], "7");
-  EXPECT_EQ(node["Platform"]["Num Modules"], "1");
-  EXPECT_EQ(node["Platform"]["CPU Frequency MHz"], "2600.12") << "six digits";
-  EXPECT_EQ(node["Platform"]["Bus Frequency MHz"], "100.25");
-  EXPECT_EQ(node["Platform"]["HFM Frequency MHz"], "3000");
-  EXPECT_EQ(node["Platform"]["LFM Frequency MHz"], "400");
+  EXPECT_STREQ(node["Name"].GetString(), "SystemMetadata");
+  EXPECT_STREQ(node["FeatureName"].GetString(), "");
+  EXPECT_EQ(node["ID"].GetDouble(), -1);
+  EXPECT_STREQ(node["Platform"]["Plaform Name"].GetString(), "P") << "spelled so";
+  EXPECT_STREQ(node["Platform"]["Platform ID"].GetString(), "7");
+  EXPECT_STREQ(node["Platform"]["Num Modules"].GetString(), "1");
+  EXPECT_STREQ(node["Platform"]["CPU Frequency MHz"].GetString(), "2600.12") << "six digits";
+  EXPECT_STREQ(node["Platform"]["Bus Frequency MHz"].GetString(), "100.25");
+  EXPECT_STREQ(node["Platform"]["HFM Frequency MHz"].GetString(), "3000");
+  EXPECT_STREQ(node["Platform"]["LFM Frequency MHz"].GetString(), "400");
   EXPECT_EQ(node["Platform"].MemberCount(), 14U);
   EXPECT_EQ(node["OS"].MemberCount(), 3U);
-  EXPECT_EQ(node["Qumetra"]["Collection Stop Timestamp"], "18446744073709551615");
-  EXPECT_EQ(node["Qumetra"]["Collection Duration"], "2.00017");
+  EXPECT_STREQ(node["Qumetra"]["Collection Stop Timestamp"].GetString(), "18446744073709551615");
+  EXPECT_STREQ(node["Qumetra"]["Collection Duration"].GetString(), "2.00017");
 }
 
 TEST_F(Continuous, NumberThatJsonLacksLeavesItsKeyWithoutAValue) {
