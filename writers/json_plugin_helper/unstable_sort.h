@@ -125,17 +125,17 @@ class UnstableSort {
     const std::size_t top = hole;
     const auto fillFrom = [&](std::size_t child) {
       m_values[first + hole] = std::move(m_values[first + child]);
-      hole = child;
+      return child;
     };
     while (hole < (length - 1) / 2) {
       const std::size_t right = 2 * hole + 2;
-      fillFrom(less(first + right, first + right - 1) ? right - 1 : right);
+      hole = fillFrom(less(first + right, first + right - 1) ? right - 1 : right);
     }
     if (length % 2 == 0 && hole == (length - 2) / 2) {
-      fillFrom(2 * hole + 1);
+      hole = fillFrom(2 * hole + 1);
     }
     while (hole > top && m_less(m_values[first + (hole - 1) / 2], value)) {
-      fillFrom((hole - 1) / 2);
+      hole = fillFrom((hole - 1) / 2);
     }
     m_values[first + hole] = std::move(value);
   }
