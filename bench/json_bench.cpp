@@ -77,7 +77,8 @@ Writer& filledWriter(std::size_t elements, const std::string& base) {
   if (writer == nullptr) {
     writer = std::make_unique<Writer>();
     writer->init(base, false);
-    Run().giveTo(*writer, elements);
+    static Run run;  // The writers keep its system.
+    run.giveTo(*writer, elements);
   }
   writer->init(base, false);
   return *writer;
