@@ -6,9 +6,11 @@
 
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
+#include "writers/json_plugin.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/phmwriter_text_plugin/phm_writer.h"
 #include "writers/plugin_list.h"
+#include "writers/qmjson_plugin/qmjson_writer.h"
 #include "writers/textwriter_plugin/int_writer.h"
 #include "writers/textwriter_plugin/raw_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
@@ -98,8 +100,9 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
-    &makePlugin<SummaryWriter>, &makePlugin<KeltoWriter>,   &makePlugin<RawWriterV2>,
-    &makePlugin<IntWriterV2>,   &makePlugin<PhmTextWriter>, &makePlugin<AutoWriter>,
+    &makePlugin<SummaryWriter>, &makePlugin<KeltoWriter>, &makePlugin<QMJSONWriter>,
+    &makePlugin<JSONWriter>,    &makePlugin<RawWriterV2>, &makePlugin<IntWriterV2>,
+    &makePlugin<PhmTextWriter>, &makePlugin<AutoWriter>,
 };
 
 }  // namespace

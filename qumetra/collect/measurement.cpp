@@ -51,7 +51,9 @@ MeasurementEnd Measurement::run(TeeSink& sink, RecordingWriter* recording, Child
       takeSamples(now, sink);
       keepRecording(now, recording);
     }
-    flushWhenDue(now, sink);
+    if (!over) {  // The end flushes once, by itself.
+      flushWhenDue(now, sink);
+    }
   }
   m_end.outcome.missed = m_samples.missed();
   if (m_plan.isLive) {

@@ -9,7 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/object_layout.h"
+#include "writers/continuous_writer/cont_writer.h"
+#include "writers/json_plugin.h"
 #include "writers/phmwriter_text_plugin/phm_writer.h"
+#include "writers/qmjson_plugin/qmjson_writer.h"
 #include "writers/textwriter_plugin/int_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
 #include "writers/writer_plugins.h"
@@ -95,6 +98,17 @@ TEST(PhmTextWriterSlots, TablesTakeTheTraceWritersSlotsAndNothingFollows) {
 
 TEST(WriterPluginSlots, SummaryWriterAddsNone) {
   EXPECT_EQ(slotOf(&OneMore<SummaryWriter>::next), 19);
+}
+
+TEST(WriterPluginSlots, JsonWritersAddNone) {
+  EXPECT_EQ(slotOf(&OneMore<QMJSONWriter>::next), 19);
+  EXPECT_EQ(slotOf(&OneMore<JSONWriter>::next), 19);
+}
+
+TEST(ContinuousSlots, FlushFollowsTheDestructor) {
+  EXPECT_EQ(slotOf(&OneMore<ContinuousWriter>::next), kDestructorSlots);
+  EXPECT_EQ(slotOf(&ContWriter::flushContinuousResults), kDestructorSlots);
+  EXPECT_EQ(slotOf(&OneMore<ContWriter>::next), kDestructorSlots + 1);
 }
 
 TEST(PluginCapabilitySlots, DestructorIsAllThereIs) {

@@ -1,0 +1,184 @@
+#include "writers/continuous_writer/cont_writer.h"
+
+#include <array>
+
+#include "host/environment.h"
+#include "host/logger.h"
+#include "host/platform_metadata.h"
+#include "host/services.h"
+#include "host/system_metadata.h"
+#include "writers/continuous_writer/metric_description.h"
+#include "writers/continuous_writer/system_lookup.h"
+
+namespace {
+
+using JsonWriter = ContWriter::JsonWriter;
+
+/// Longer file names are cut.
+constexpr std::size_t kFileNameSize = 1024;
+constexpr int kOnlyThread = 1;
+
+void member(JsonWriter& writer, const char* key, const std::string& text) {
+  writer.Key(key);
+  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+void member(JsonWriter& writer, const char* key, int number) {
+  writer.Key(key);
+  writer.Int(number);
+}
+
+void member(JsonWriter& writer, const char* key, unsigned long number) {
+  writer.Key(key);
+  writer.Uint64(number);
+}
+
+void member(JsonWriter& writer, const char* key, double number) {
+  writer.Key(key);
+  writer.Double(number);
+}
+
+void writeTraceEvent(JsonWriter& writer, const ContinuousWriter::Data& sample) {
+  writer.StartObject();
+  member(writer, "name", sample.entity);
+  member(writer, "ph", std::string("X"));
+  member(writer, "ts", sample.timestamp);
+  member(writer, "dur", sample.duration);
+  member(writer, "pid", sample.metricId);
+  member(writer, "tid", kOnlyThread);
+  writer.Key("args");
+  writer.StartObject();
+  member(writer, "power", sample.value);
+  member(writer, "state", sample.state);
+  writer.EndObject();
+  writer.EndObject();
+}
+
+void writeSample(JsonWriter& writer, const ContinuousWriter::Data& sample) {
+  writer.StartObject();
+  member(writer, "ID", sample.metricId);
+  member(writer, "Entity", sample.entity);
+  member(writer, "Descriptor", sample.descriptor);
+  member(writer, "State", sample.state);
+  member(writer, "Timestamp", sample.timestamp);
+  member(writer, "Duration", sample.duration);
+  member(writer, "Value", sample.value);
+  writer.EndObject();
+}
+
+void writeDescription(JsonWriter& writer, const std::string& name,
+                      const ContinuousWriter::Metadata* node) {
+  writer.StartObject();
+  member(writer, "FeatureName", node->name);
+  member(writer, "Name", name);
+  member(writer, "ID", node->id);
+  ContWriter::flushMetadata_i(node, writer);
+  writer.EndObject();
+}
+
+void writeEntry(JsonWriter& writer, const ContinuousWriter::Metadata::Data& entry) {
+  if (entry.child == nullptr) {
+    writer.String(entry.value.data(), static_cast<rapidjson::SizeType>(entry.value.size()));
+    return;
+  }
+  writer.StartObject();
+  ContWriter::flushMetadata_i(entry.child.get(), writer);
+  writer.EndObject();
+}
+
+}  // namespace
+
+ContWriter::ContWriter() = default;
+
+ContWriter::ContWriter(std::string const& base) : ContinuousWriter(base) {}
+
+ContWriter::~ContWriter() = default;
+
+int ContWriter::flushContinuousResults(pwr::SystemMetadata const& system) {
+  const pwr::CPUMetadata* cpu = processorOf(&system);
+  if (cpu == nullptr) {
+    return 0;
+  }
+  if (extension == ".json") {
+    flushTraceEvents_i();
+  } else if (extension == ".qmjson") {
+    metadata.emplace("SystemMetadata", describeSystem(system, *cpu));
+    flushQmjson_i();
+  }
+  return 1;
+}
+
+void ContWriter::flushMetadata_i(ContinuousWriter::Metadata const* node, JsonWriter& writer) {
+  if (node == nullptr) {
+    return;
+  }
+  for (const auto& [key, list] : node->entries) {
+    if (list.empty()) {
+      continue;
+    }
+    writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+    if (list.size() > 1) {
+      writer.StartArray();
+    }
+    for (const auto& entry : list) {
+      writeEntry(writer, *entry);
+    }
+    if (list.size() > 1) {
+      writer.EndArray();
+    }
+  }
+}
+
+void ContWriter::flushTraceEvents_i() {
+  static int num = 0;
+  rapidjson::StringBuffer document;
+  JsonWriter writer(document);
+  writer.StartObject();
+  writer.Key("traceEvents");
+  writer.StartArray();
+  for (const Data& sample : data) {
+    writeTraceEvent(writer, sample);
+  }
+  writer.EndArray();
+  writer.EndObject();
+  handOut_i(num++, document);
+}
+
+void ContWriter::flushQmjson_i() {
+  static int num = 0;
+  rapidjson::StringBuffer document;
+  JsonWriter writer(document);
+  writer.StartObject();
+  if (!metadata.empty()) {
+    writer.Key("Metadata");
+    writer.StartArray();
+    for (const auto& [name, node] : metadata) {
+      writeDescription(writer, name, node.get());
+    }
+    writer.EndArray();
+  }
+  writer.Key("Data");
+  writer.StartArray();
+  for (const Data& sample : data) {
+    writeSample(writer, sample);
+  }
+  writer.EndArray();
+  writer.EndObject();
+  handOut_i(num++, document);
+}
+
+void ContWriter::handOut_i(int number, rapidjson::StringBuffer const& document) {
+  std::array<char, kFileNameSize> name{};
+  pw_snprintf(name.data(), name.size(), "%s_%d%s", outputBase.c_str(), number, extension.c_str());
+  if (g_pluginEnvironment != nullptr) {
+    pwr::Logger& output = *g_pluginEnvironment->getFileOutputHandle(name.data());
+    output.m_buffer.insert(output.m_buffer.end(), document.GetString(),
+                           document.GetString() + document.GetSize());
+    output.flush();
+    output.m_buffer.clear();
+    output.m_pendingBytes = 0;
+    output.close();
+  }
+  metadata.clear();
+  data.clear();
+}

@@ -1,0 +1,60 @@
+// What a sample's element means: the rules that the continuous and the JSON results share.
+#pragma once
+
+#include <string>
+
+#include "host/metric.h"
+
+namespace pwr {
+class AttributeValueManager;
+}  // namespace pwr
+
+/// Whether the values of `metric` stand for a moment instead of a span of time: events do, and
+/// sampled values without a quantity, or with the quantity of a rate.
+bool hasNoDuration(const pwr::Metric& metric);
+
+/// The name of a metric type in results, "UNKNOWN" for a number without meaning.
+const char* metricTypeName(pwr::Metric::MetricType type);
+
+/// Whether states come from the values of such a metric; otherwise elements bring them.
+bool isTraced(pwr::Metric::MetricType type);
+
+/// Sets `out` to the text of the first attribute's value. Returns 1 and leaves `out` alone when
+/// there is no attribute or its value has no text.
+int firstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out);
+
+/// The same, but an entry without an attribute has no text.
+int namedFirstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out);
+
+/// The state that a descriptor stands for: the text of its first attribute, else its name.
+std::string stateOf(const pwr::DataDescriptor& descriptor);
+
+/// The handle in a value, as far as it matters here.
+struct HeldDescriptor {
+  /// The value holds a handle that says it is a descriptor.
+  bool claimed = false;
+  /// Null also for a handle that says so and is none.
+  const pwr::DataDescriptor* descriptor = nullptr;
+};
+HeldDescriptor heldDescriptor(const pwr::Data& value);
+
+/// The name of a handle; empty for null.
+std::string nameOf(const pwr::DataHandle* handle);
+
+/// The numbers of an element's value.
+struct SampleValue {
+  /// The low end of a range.
+  double value = 0.0;
+  /// The high end of a range; otherwise without meaning.
+  double high = 0.0;
+  bool isRange = false;
+  /// The value is a state rather than a number; `state` replaces the element's when it is set.
+  bool isState = false;
+  bool hasState = false;
+  std::string state;
+};
+
+/// Reads the value of `element`, unscaled. `duration` is the number that states count for. Returns
+/// 1 when the value of a sampled metric claims to be a descriptor and is none.
+int readValue(const pwr::Metric& metric, const pwr::DataElement& element, double duration,
+              SampleValue& out);

@@ -1,0 +1,55 @@
+#include "writers/data_text.h"
+
+#include <utility>
+
+#include "client/src/common/number_text.h"
+
+namespace {
+
+std::string text(long value) { return pwr::to_string(value); }
+std::string text(unsigned long value) { return pwr::to_string(value); }
+std::string text(double value) { return pwr::to_string(value); }
+const std::string& text(const std::string& value) { return value; }
+
+template <typename Number>
+std::string text(const std::pair<Number, Number>& range) {
+  return text(range.first) + " - " + text(range.second);
+}
+
+/// Sets `out` to what `convert` takes from the value.
+template <typename Value>
+int convertedText(const pwr::Data& data, int (pwr::Data::*convert)(Value&) const,
+                  std::string& out) {
+  Value value{};
+  if ((data.*convert)(value) != 0) {
+    return 1;
+  }
+  out = text(value);
+  return 0;
+}
+
+}  // namespace
+
+int getStringFromData_i(const pwr::Data* data, std::string* out) {
+  if (data == nullptr) {
+    return 1;
+  }
+  switch (data->m_tag) {
+    case pwr::Data::kInt:
+      return convertedText(*data, &pwr::Data::toInt, *out);
+    case pwr::Data::kUInt:
+      return convertedText(*data, &pwr::Data::toUInt, *out);
+    case pwr::Data::kReal:
+      return convertedText(*data, &pwr::Data::toReal, *out);
+    case pwr::Data::kIntRange:
+      return convertedText(*data, &pwr::Data::toIntRange, *out);
+    case pwr::Data::kUIntRange:
+      return convertedText(*data, &pwr::Data::toUIntRange, *out);
+    case pwr::Data::kRealRange:
+      return convertedText(*data, &pwr::Data::toRealRange, *out);
+    case pwr::Data::kString:
+      return convertedText(*data, &pwr::Data::toString, *out);
+    default:
+      return 1;
+  }
+}

@@ -1,0 +1,125 @@
+#include "writers/json_plugin_helper/series.h"
+
+namespace {
+
+void remap(unsigned int& id, const std::vector<unsigned int>& map) {
+  if (id < map.size()) {
+    id = map[id];
+  }
+}
+
+}  // namespace
+
+Value::Value(unsigned int id, double v) : firstId(id), firstNumber(v) {}
+
+Value::Value(const Value& other)
+    : firstId(other.firstId),
+      firstNumber(other.firstNumber),
+      more(other.more == nullptr ? nullptr : std::make_unique<std::vector<Pair>>(*other.more)) {}
+
+Value& Value::operator=(const Value& other) {
+  Value copy(other);
+  *this = std::move(copy);
+  return *this;
+}
+
+void Value::addValue(unsigned int id, double v) {
+  if (more == nullptr) {
+    more = std::make_unique<std::vector<Pair>>();
+  }
+  more->emplace_back(id, v);
+}
+
+void Value::remapValues(std::vector<unsigned int> const& map) {
+  remap(firstId, map);
+  if (more == nullptr) {
+    return;
+  }
+  for (Pair& pair : *more) {
+    remap(pair.first, map);
+  }
+}
+
+std::vector<Value::Pair> Value::getValues() const {
+  std::vector<Pair> values{{firstId, firstNumber}};
+  if (more != nullptr) {
+    values.insert(values.end(), more->begin(), more->end());
+  }
+  return values;
+}
+
+Point::Point(unsigned long startTime, unsigned long endTime, Value const& v)
+    : start(startTime), end(endTime), value(v) {}
+
+void Point::remapValues(std::vector<unsigned int> const& map) { value.remapValues(map); }
+
+JsonUnit::JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion)
+    : JsonUnit(quantityName, unitsText, conversion, false) {}
+
+JsonUnit::JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion,
+                   bool isRate)
+    : name(quantityName), units(unitsText), rateConversion(conversion), calculatedRate(isRate) {}
+
+Series::Series(std::string const& categoryName, std::vector<JsonUnit> const& allUnits,
+               std::string const& uniqueName, std::string const& friendlyName,
+               pwr::Metric::MetricType metricType, bool hasStateValues)
+    : category(categoryName),
+      units(allUnits),
+      name(friendlyName),
+      key(uniqueName),
+      type(static_cast<std::uint8_t>(metricType)),
+      stated(hasStateValues) {}
+
+void Series::addState(std::string const& state) { getStateId(state); }
+
+unsigned int Series::getStateId(std::string const& state) {
+  const auto [entry, isNew] = stateIds.try_emplace(state, nextStateId);
+  if (isNew) {
+    ++nextStateId;
+  }
+  return entry->second;
+}
+
+void Series::addData(unsigned long start, unsigned long end, std::string const& state,
+                     double value) {
+  points.emplace_back(start, end, Value(getStateId(state), value));
+}
+
+void Series::addData(unsigned long start, unsigned long end, std::string const& state, double value,
+                     double value2) {
+  addData(start, end, state, value);
+  appendData(state, value2);
+}
+
+void Series::appendData(std::string const& state, double value) {
+  const unsigned int id = getStateId(state);
+  if (!points.empty()) {
+    points.back().getValue().addValue(id, value);
+  }
+}
+
+std::vector<std::string> Series::getStates() const {
+  std::vector<std::string> names(stateIds.size());
+  for (const auto& [state, id] : stateIds) {
+    if (id < names.size()) {
+      names[id] = state;
+    }
+  }
+  return names;
+}
+
+void Series::updateStates(std::unordered_map<std::string, unsigned int>& ids) {
+  std::vector<unsigned int> table(stateIds.size());
+  for (const auto& [state, id] : stateIds) {
+    const unsigned int newId = ids[state];
+    if (id < table.size()) {
+      table[id] = newId;
+    }
+  }
+  for (Point& point : points) {
+    point.remapValues(table);
+  }
+  if (&ids != &stateIds) {
+    stateIds = ids;
+  }
+}

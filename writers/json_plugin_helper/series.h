@@ -1,0 +1,147 @@
+// The results of a run as the JSON writers keep them: series of points, one series per thing.
+//
+// Ids of states are small numbers that each series gives out by itself, in order of arrival. Those
+// of several series are made to agree at the end, see `Series::updateStates`. Not synchronised.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "host/metric.h"
+
+/// Numbers by state id, in the order in which they came; an id may come twice. Most values are one
+/// number, which stands in the object itself: points are what a run's memory is made of.
+class Value {
+ public:
+  using Pair = std::pair<unsigned int, double>;
+
+  Value(unsigned int id, double v);
+  Value(const Value& other);
+  Value(Value&& other) noexcept = default;
+  Value& operator=(const Value& other);
+  Value& operator=(Value&& other) noexcept = default;
+  ~Value() = default;
+
+  void addValue(unsigned int id, double v);
+  /// Replaces each id by `map[id]`. An id that the table does not have stays.
+  void remapValues(std::vector<unsigned int> const& map);
+  std::vector<Pair> getValues() const;
+
+  /// At least 1.
+  std::size_t size() const { return more == nullptr ? 1 : 1 + more->size(); }
+  unsigned int id(std::size_t index) const {
+    return index == 0 ? firstId : (*more)[index - 1].first;
+  }
+  double number(std::size_t index) const {
+    return index == 0 ? firstNumber : (*more)[index - 1].second;
+  }
+
+ private:
+  unsigned int firstId;
+  double firstNumber;
+  /// Null while there is no second pair.
+  std::unique_ptr<std::vector<Pair>> more;
+};
+
+/// The value of a span of time, in microseconds since the start of the collection.
+class Point {
+ public:
+  Point(unsigned long startTime, unsigned long endTime, Value const& v);
+
+  void remapValues(std::vector<unsigned int> const& map);
+  unsigned long getStartTimestamp() const { return start; }
+  unsigned long getEndTimestamp() const { return end; }
+  Value& getValue() { return value; }
+  Value const& getValue() const { return value; }
+
+ private:
+  unsigned long start;
+  unsigned long end;
+  Value value;
+};
+
+/// A unit that the numbers of a series can be told in.
+class JsonUnit {
+ public:
+  JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion);
+  JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion,
+           bool isRate);
+
+  std::string getName() const { return name; }
+  std::string getUnits() const { return units; }
+  double getRateConversion() const { return rateConversion; }
+  bool isCalculatedRate() const { return calculatedRate; }
+
+ private:
+  std::string name;
+  std::string units;
+  double rateConversion;
+  bool calculatedRate;
+};
+
+/// The life of one thing: an entity of a metric or, where states are counted apart, one state of
+/// it.
+class Series {
+ public:
+  /// `hasStateValues`: the numbers are told by state. Only the low byte of the type is kept.
+  Series(std::string const& categoryName, std::vector<JsonUnit> const& allUnits,
+         std::string const& uniqueName, std::string const& friendlyName,
+         pwr::Metric::MetricType metricType, bool hasStateValues);
+
+  std::string getCategory() const { return category; }
+  std::string getKey() const { return key; }
+  std::string getName() const { return name; }
+  std::vector<JsonUnit> getUnits() const { return units; }
+  pwr::Metric::MetricType getType() const { return static_cast<pwr::Metric::MetricType>(type); }
+  bool hasStates() const { return stated; }
+  std::vector<Point> getData() const { return points; }
+
+  /// Gives the state the next id unless it has one.
+  void addState(std::string const& state);
+  unsigned int getStateId(std::string const& state);
+  void addData(unsigned long start, unsigned long end, std::string const& state, double value);
+  /// A range: two pairs under one id, low and high end.
+  void addData(unsigned long start, unsigned long end, std::string const& state, double value,
+               double value2);
+  /// Adds to the last point. Without a point only the state is kept.
+  void appendData(std::string const& state, double value);
+
+  /// The names of the states, each at its id. A name that stands under an id beyond their number is
+  /// left out, and a place without a name is empty; neither comes about by the operations above.
+  std::vector<std::string> getStates() const;
+
+  /// Gives the states the ids that they have in `ids`, in all points, and takes the whole of `ids`
+  /// over. A state that `ids` lacks gets 0, and is in `ids` afterwards. Afterwards new states may
+  /// get ids that are taken: this belongs to the end of a run.
+  void updateStates(std::unordered_map<std::string, unsigned int>& ids);
+
+  // For printing, without copies.
+  std::string const& categoryText() const { return category; }
+  std::string const& keyText() const { return key; }
+  std::string const& nameText() const { return name; }
+  std::vector<JsonUnit> const& allUnits() const { return units; }
+  std::vector<Point> const& allPoints() const { return points; }
+  bool hasPoints() const { return !points.empty(); }
+
+  /// Declared states by id, for a writer that prints names (`setStateNames`).
+  using StateNames = std::unordered_map<unsigned int, std::string>;
+  StateNames const& getStateNames() const { return stateNames; }
+  void setStateNames(StateNames names) { stateNames = std::move(names); }
+
+ private:
+  std::string category;
+  std::vector<JsonUnit> units;
+  std::string name;
+  std::string key;
+  std::uint8_t type;
+  bool stated;
+  std::vector<Point> points;
+  std::uint32_t nextStateId = 0;
+  std::unordered_map<std::string, unsigned int> stateIds;
+  StateNames stateNames;
+};

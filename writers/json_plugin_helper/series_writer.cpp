@@ -1,0 +1,249 @@
+#include "writers/json_plugin_helper/series_writer.h"
+
+#include <limits>
+#include <utility>
+
+#include "client/src/common/number_text.h"
+#include "client/src/common/pw_log.h"
+#include "client/src/common/real_to_integer.h"
+#include "host/handles.h"
+#include "host/messages.h"
+#include "host/quantity.h"
+#include "host/system_metadata.h"
+#include "writers/continuous_writer/sample_reading.h"
+#include "writers/data_text.h"
+#include "writers/json_plugin_helper/state_order.h"
+
+namespace {
+
+using pwr::Metric;
+
+std::string versionText(const pwr::VersionRecord& version) {
+  const auto text = [](unsigned short part) { return pwr::toString(part); };
+  return text(version.major) + "." + text(version.minor) + "." + text(version.third);
+}
+
+/// Ends at the first zero byte. Characters count as signed.
+std::uint32_t hashOf(const std::string& text) {
+  std::uint32_t hash = 0;
+  for (const char* c = text.c_str(); *c != '\0'; ++c) {
+    hash = hash * 101U + static_cast<std::uint32_t>(static_cast<signed char>(*c));
+  }
+  return hash;
+}
+
+std::uint64_t seriesId(const std::string& name, const Metric& metric,
+                       const pwr::EntityHandle* entity) {
+  const std::uint64_t entityId = entity == nullptr ? 0 : entity->getId();
+  const std::uint64_t ids = (std::uint64_t{metric.metricId} << 32U) | (entityId & 0xffffffffU);
+  return hashOf(name) + ids;
+}
+
+std::vector<JsonUnit> unitsOf(const Metric& metric) {
+  std::vector<JsonUnit> units;
+  if (metric.quantity == nullptr) {
+    return units;
+  }
+  units.emplace_back(metric.quantity->toQuantityString(), metric.quantity->toUnitsString(), 1.0,
+                     metric.quantity->toQuantity() == pwr::Quantity::kRate);
+  const pwr::Quantity* rate = nullptr;
+  double factor = 1.0;
+  if (metric.quantity->getRateConversion(rate, factor) == 0 && rate != nullptr) {
+    units.emplace_back(rate->toQuantityString(), rate->toUnitsString(), factor, true);
+  }
+  return units;
+}
+
+}  // namespace
+
+/// What an element says, before its series is known.
+struct SeriesWriter::Sample {
+  std::string key;
+  std::string name;
+  std::string state;
+  SampleValue value;
+  std::uint64_t duration = 0;
+  bool stated = false;
+};
+
+SeriesWriter::SeriesWriter(const SeriesWriterForm& form)
+    : WriterPlugin(form.guid), extension(form.extension), m_keepsStateNames(form.keepsStateNames) {
+  auto capability = std::make_unique<pwr::WriterPluginCapability>(
+      std::set<pwr::TableClass>{}, form.option, form.description, form.extension, true);
+  capability->m_flags |= form.flags;
+  WriterPlugin::addCapability(capability.release());
+}
+
+SeriesWriter::~SeriesWriter() = default;
+
+int SeriesWriter::init(const std::string& base, bool isContinuous) {
+  fileName = base + extension;
+  continuous = isContinuous;
+  if (continuous && contWriter == nullptr) {
+    contWriter = std::make_unique<ContWriter>(base);
+  }
+  return 0;
+}
+
+int SeriesWriter::flushContinuousResults(const pwr::SystemMetadata& metadata) {
+  if (contWriter == nullptr) {
+    return 0;
+  }
+  contWriter->extension = extension;
+  return contWriter->flushContinuousResults(metadata);
+}
+
+int SeriesWriter::writeMessage(const pwr::TextMessage& /*message*/) { return 0; }
+
+int SeriesWriter::writeMessage(const pwr::SystemMessage& message) {
+  if (message.m_metadata == nullptr) {
+    return 1;
+  }
+  systemMetadata = message.m_metadata;
+  startTimestamp = systemMetadata->m_firstTimestamp;
+  tickScale = 1.0F / systemMetadata->m_timestampFrequency;
+  if (continuous) {
+    return contWriter->writeMessage(message);
+  }
+  commandLine.clear();
+  for (const std::string& argument : systemMetadata->m_collectorArguments) {
+    commandLine += ' ' + argument;
+  }
+  toolVersion = versionText(systemMetadata->m_toolVersion);
+  driverVersion = versionText(systemMetadata->m_driverVersion);
+  return 0;
+}
+
+int SeriesWriter::writeMessage(const Metric& metric) {
+  if (continuous) {
+    return contWriter->writeMessage(metric);
+  }
+  const pwr::SampleData& data = metric.getData();
+  const std::uint64_t end = microseconds_i(data.timestamp - startTimestamp);
+  std::uint64_t previousId = std::numeric_limits<std::uint64_t>::max();
+  for (const pwr::DataElement* element : data.elements) {
+    if (addElement_i(metric, *element, end, previousId) != 0) {
+      return 1;
+    }
+  }
+  return 0;
+}
+
+std::uint64_t SeriesWriter::addSeries(std::string const& key, std::string const& name,
+                                      Metric const& metric, pwr::DataElement const* element,
+                                      bool stated) {
+  const std::uint64_t id = seriesId(name, metric, element->getEntity());
+  std::unique_ptr<Series>& place = series[id];
+  if (place == nullptr) {
+    place = std::make_unique<Series>(metric.name, unitsOf(metric), key, name, metric.metricType,
+                                     stated);
+    declareStates_i(metric, *place);
+  }
+  return id;
+}
+
+std::string SeriesWriter::getState(pwr::DataElement const* element, bool byValue) {
+  const pwr::DataDescriptor* descriptor = element->getDescriptor();
+  if (byValue) {
+    descriptor = heldDescriptor(*element->getValue()).descriptor;
+  }
+  if (descriptor != nullptr) {
+    return stateOf(*descriptor);
+  }
+  std::string text;
+  if (byValue) {
+    element->getValue()->toFormattedString(text);
+  }
+  return text;
+}
+
+const char* SeriesWriter::getTypeString(Metric::MetricType type) { return metricTypeName(type); }
+
+int SeriesWriter::getStringFromData(pwr::Data const* value, std::string* out) {
+  return getStringFromData_i(value, out);
+}
+
+int SeriesWriter::getFirstDataAttributeAsString(pwr::AttributeValueManager const* attributes,
+                                                std::string* out) {
+  return attributes == nullptr ? 1 : firstAttributeText(*attributes, *out);
+}
+
+bool SeriesWriter::isNumeric(std::string const& state) { return isNumericState(state); }
+
+void SeriesWriter::sortStates(std::vector<std::string>& states) { sortStateNames(states); }
+
+int SeriesWriter::finishContinuous() { return contWriter->fini(); }
+
+std::unordered_map<std::string, SeriesWriter::Category> SeriesWriter::seriesByCategory() const {
+  std::unordered_map<std::string, Category> categories;
+  for (const auto& [id, one] : series) {
+    categories[one->categoryText()].push_back(one.get());
+  }
+  return categories;
+}
+
+int SeriesWriter::addElement_i(Metric const& metric, pwr::DataElement const& element,
+                               std::uint64_t end, std::uint64_t& previousId) {
+  Sample sample;
+  if (readSample_i(metric, element, sample) != 0) {
+    pwr::logPlainWarning("WARNING: Unable to retrieve data descriptor\n");
+    return 1;
+  }
+  const std::uint64_t id = addSeries(sample.key, sample.name, metric, &element, sample.stated);
+  Series& target = *series.at(id);
+  const SampleValue& value = sample.value;
+  // A first id of all ones looks as if it had come before.
+  if (id == previousId && target.hasPoints()) {
+    target.addState(sample.state);
+    // The high end of a range has no place in a point that is there already.
+    target.appendData(sample.state, value.value);
+  } else if (value.isRange) {
+    target.addData(end - sample.duration, end, sample.state, value.value, value.high);
+  } else {
+    target.addData(end - sample.duration, end, sample.state, value.value);
+  }
+  previousId = id;
+  return 0;
+}
+
+int SeriesWriter::readSample_i(Metric const& metric, pwr::DataElement const& element,
+                               Sample& out) const {
+  out.duration = hasNoDuration(metric) ? 1 : microseconds_i(element.getDuration());
+  if (readValue(metric, element, static_cast<double>(out.duration), out.value) != 0) {
+    return 1;
+  }
+  out.state = out.value.hasState ? std::move(out.value.state)
+                                 : getState(&element, isTraced(metric.metricType));
+  out.name = nameOf(element.getEntity());
+  out.key = out.name;
+  out.stated = metric.metricType != Metric::SAMPLED_VALUE || out.value.isState;
+  if (metric.metricType == Metric::SAMPLED_DELTA) {
+    // Each state of a counter is a series of its own.
+    out.key += ' ' + out.state;
+    out.name = out.state;
+    out.stated = false;
+  } else if (metric.metricType == Metric::SAMPLED_RESIDENCY) {
+    out.value.value *= static_cast<double>(tickScale);
+  }
+  return 0;
+}
+
+std::uint64_t SeriesWriter::microseconds_i(std::uint64_t ticks) const {
+  const float scaled = static_cast<float>(ticks) * tickScale;
+  return pwr::realToUInt64(static_cast<double>(scaled));
+}
+
+void SeriesWriter::declareStates_i(Metric const& metric, Series& target) const {
+  Series::StateNames names;
+  for (const pwr::Data& state : metric.states) {
+    const HeldDescriptor held = heldDescriptor(state);
+    std::string text;
+    if (held.descriptor != nullptr && namedFirstAttributeText(*held.descriptor, text) == 0) {
+      target.addState(text);
+      names[target.getStateId(text)] = text;
+    }
+  }
+  if (m_keepsStateNames) {
+    target.setStateNames(std::move(names));
+  }
+}

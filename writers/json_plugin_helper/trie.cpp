@@ -1,0 +1,117 @@
+#include "writers/json_plugin_helper/trie.h"
+
+#include <utility>
+#include <vector>
+
+Trie::Trie() = default;
+
+Trie::~Trie() {
+  // One after the other: children that destroy their own would recurse.
+  std::vector<std::unique_ptr<Trie>> doomed;
+  const auto takeChildren = [&doomed](Trie& node) {
+    for (auto& [c, below] : node.children) {
+      doomed.push_back(std::move(below));
+    }
+    node.children.clear();
+  };
+  takeChildren(*this);
+  while (!doomed.empty()) {
+    const std::unique_ptr<Trie> node = std::move(doomed.back());
+    doomed.pop_back();
+    takeChildren(*node);
+  }
+}
+
+void Trie::addWord(std::string const& word) {
+  Trie* node = this;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    ++node->wordCount;
+    std::unique_ptr<Trie>& next = node->children[word[i]];
+    if (next == nullptr) {
+      next = std::make_unique<Trie>();
+      // Only here: see the class.
+      next->endOfWord = i + 1 == word.size();
+    }
+    node = next.get();
+  }
+}
+
+void Trie::getWordsStartingWith(std::string const& prefix, std::set<std::string>& out,
+                                std::string const& accumulated) const {
+  const Trie* node = this;
+  for (const char c : prefix) {
+    node = node->child(c);
+    if (node == nullptr) {
+      return;
+    }
+  }
+  node->getWords(out, accumulated + prefix);
+}
+
+void Trie::getWords(std::set<std::string>& out, std::string const& accumulated) const {
+  struct Step {
+    const Trie* node;
+    decltype(children)::const_iterator next;
+  };
+  std::string word = accumulated;
+  if (endOfWord) {
+    out.insert(word);
+  }
+  std::vector<Step> path{{this, children.begin()}};
+  while (!path.empty()) {
+    Step& step = path.back();
+    if (step.next == step.node->children.end()) {
+      path.pop_back();
+      if (!path.empty()) {
+        word.pop_back();
+      }
+      continue;
+    }
+    const auto& [c, below] = *step.next++;
+    word.push_back(c);
+    if (below->endOfWord) {
+      out.insert(word);
+    }
+    path.push_back({below.get(), below->children.begin()});
+  }
+}
+
+std::size_t Trie::sharedBeginnings(std::string const& word, std::size_t count) const {
+  if (word.size() < 2) {
+    return 0;
+  }
+  const Trie* node = child(word[0]);
+  if (node == nullptr || node->countWords() != count) {
+    return 0;
+  }
+  std::size_t length = 1;
+  // Every branch has a word, so the next beginning has as many as this one exactly when no word
+  // ends here and there is no other branch.
+  while (length + 1 < word.size() && !node->endOfWord && node->children.size() == 1) {
+    node = node->child(word[length]);
+    if (node == nullptr) {
+      break;
+    }
+    ++length;
+  }
+  return length;
+}
+
+const Trie* Trie::child(char c) const {
+  const auto found = children.find(c);
+  return found == children.end() ? nullptr : found->second.get();
+}
+
+std::size_t Trie::countWords() const {
+  std::size_t count = 0;
+  std::vector<const Trie*> waiting{this};
+  while (!waiting.empty()) {
+    const Trie* node = waiting.back();
+    waiting.pop_back();
+    count += node->endOfWord ? 1 : 0;
+    for (const auto& [c, below] : node->children) {
+      waiting.push_back(below.get());
+    }
+  }
+  return count;
+}
