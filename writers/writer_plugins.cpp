@@ -6,6 +6,7 @@
 
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
+#include "writers/binarywriter_plugin/binary_writer.h"
 #include "writers/plugin_list.h"
 #include "writers/textwriter_plugin/raw_writer.h"
 #include "writers/textwriter_plugin/summary_writer.h"
@@ -96,6 +97,7 @@ namespace {
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
     &makePlugin<SummaryWriter>,
+    &makePlugin<BinaryWriter>,
     &makePlugin<RawWriterV2>,
     &makePlugin<AutoWriter>,
 };
