@@ -45,5 +45,7 @@ using Action = std::function<int(const CommonOptions&)>;
 void addWritersCommand(CLI::App& app, Action& action);
 void addReplayCommand(CLI::App& app, Action& action);
 void addCollectCommand(CLI::App& app, Action& action);
+void addDumpCommand(CLI::App& app, Action& action);
+void addCheckCommand(CLI::App& app, Action& action);
 
 }  // namespace qumetra::cli
