@@ -162,7 +162,8 @@ void writeFloor(const std::string& path, std::size_t elements, std::uint16_t fir
       char* at = put(record, std::uint16_t{kRecordSize - 3});
       at = put(at, std::uint8_t{4});
       at = put(at, values().timestamps[sample]);
-      at = put(at, static_cast<float>(values().durations[sample][j] / 4));
+      const std::uint64_t microseconds = values().durations[sample][j] / 4;
+      at = put(at, static_cast<float>(microseconds));
       at = put(at, std::uint32_t{7});
       at = put(at, static_cast<std::uint16_t>(firstName + nameStep * j));
       at = put(at, static_cast<std::uint16_t>(j + 1));
