@@ -70,8 +70,9 @@ class BinaryWriter::Impl {
   std::uint16_t getDescriptorIdx_i(const pwr::DataDescriptor* descriptor);
   /// The number of the name under which a sample is filed.
   std::uint16_t getSampleNameIdx_i(const Sampling& sampling, const pwr::DataElement& element);
-  /// The state of an element: what its value says if `fromValue` is set, else its descriptor.
-  static std::string getState_i(const pwr::DataElement* element, bool fromValue);
+  /// The state that the descriptor of an element stands for; empty without one. Only deltas are
+  /// named after their states, so the states that traced values hold are of no interest here.
+  static std::string getState_i(const pwr::DataElement* element);
   static std::string getTypeString_i(pwr::Metric::MetricType type);
   /// Returns 0, or 1 and leaves `out` alone when there is no attribute in the first place, or none
   /// that has a text.

@@ -60,7 +60,7 @@ std::uint16_t BinaryWriter::Impl::getSampleNameIdx_i(const Sampling& sampling,
                                                      const pwr::DataElement& element) {
   if (sampling.metric.metricType == pwr::Metric::SAMPLED_DELTA) {
     // The attributes that states come from may change, so their texts are made each time.
-    const std::string state = getState_i(&element, false);
+    const std::string state = getState_i(&element);
     std::uint16_t index = m_stateNames.find(state);
     if (index == 0) {
       index = getStringStoreIdx_i(state);
@@ -77,17 +77,9 @@ std::uint16_t BinaryWriter::Impl::getSampleNameIdx_i(const Sampling& sampling,
   return index;
 }
 
-std::string BinaryWriter::Impl::getState_i(const pwr::DataElement* element, bool fromValue) {
+std::string BinaryWriter::Impl::getState_i(const pwr::DataElement* element) {
   std::string state;
   const pwr::DataDescriptor* descriptor = element->getDescriptor();
-  if (fromValue) {
-    element->getValue()->toFormattedString(state);
-    const pwr::DataHandle* handle = nullptr;
-    element->getValue()->toHandle(handle);
-    const bool isDescriptor =
-        handle != nullptr && handle->getHandleType() == pwr::DataHandle::kDescriptorType;
-    descriptor = isDescriptor ? dynamic_cast<const pwr::DataDescriptor*>(handle) : nullptr;
-  }
   if (descriptor != nullptr && getFirstDataAttributeAsString_i(descriptor, state) != 0) {
     state = descriptor->getName();
   }
