@@ -5,6 +5,7 @@ include(GNUInstallDirs)
 option(QUMETRA_TESTS "Build the tests" ON)
 option(QUMETRA_BENCH "Build the benchmarks" OFF)
 option(QUMETRA_WERROR "Take warnings for errors" OFF)
+option(QUMETRA_FUZZ "Build the fuzz targets, by clang" OFF)
 option(QUMETRA_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 
 set(CMAKE_CXX_STANDARD 20)

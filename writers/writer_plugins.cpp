@@ -6,6 +6,7 @@
 
 #include "client/src/common/pw_log.h"
 #include "writers/autowriter_plugin.h"
+#include "writers/binarywriter_plugin/binary_writer.h"
 #include "writers/json_plugin.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/phmwriter_text_plugin/phm_writer.h"
@@ -100,9 +101,9 @@ namespace {
 // Hosts may rely on the order: SummaryWriter, KeltoWriter, QMJSONWriter, JSONWriter, BinaryWriter,
 // RawWriterV2, IntWriterV2, PhmTextWriter, AutoWriter. A new writer takes its place among them.
 constexpr std::array kMakers = {
-    &makePlugin<SummaryWriter>, &makePlugin<KeltoWriter>, &makePlugin<QMJSONWriter>,
-    &makePlugin<JSONWriter>,    &makePlugin<RawWriterV2>, &makePlugin<IntWriterV2>,
-    &makePlugin<PhmTextWriter>, &makePlugin<AutoWriter>,
+    &makePlugin<SummaryWriter>, &makePlugin<KeltoWriter>,   &makePlugin<QMJSONWriter>,
+    &makePlugin<JSONWriter>,    &makePlugin<BinaryWriter>,  &makePlugin<RawWriterV2>,
+    &makePlugin<IntWriterV2>,   &makePlugin<PhmTextWriter>, &makePlugin<AutoWriter>,
 };
 
 }  // namespace

@@ -46,5 +46,7 @@ void addWritersCommand(CLI::App& app, Action& action);
 void addReplayCommand(CLI::App& app, Action& action);
 void addCollectCommand(CLI::App& app, Action& action);
 void addPlatformCommand(CLI::App& app, Action& action);
+void addDumpCommand(CLI::App& app, Action& action);
+void addCheckCommand(CLI::App& app, Action& action);
 
 }  // namespace qumetra::cli

@@ -9,6 +9,7 @@
 
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
+#include "qumetra/readers/byte_source.h"
 #include "qumetra/recording/recording_reader.h"
 #include "qumetra/run/order_file.h"
 
@@ -65,13 +66,16 @@ int runTool(int argc, char** argv) {
   addCommonOptions(app, common);
   addCollectCommand(app, action);
   addReplayCommand(app, action);
+  addDumpCommand(app, action);
+  addCheckCommand(app, action);
   addWritersCommand(app, action);
   addPlatformCommand(app, action);
   app.footer(
       "Examples:\n"
       "  qumetra collect -t 10                 measure for ten seconds, results in qumetra.*\n"
       "  qumetra collect -r all -- make        measure while a command runs\n"
-      "  qumetra replay run.qmrec -r sum,int   make results of a recording\n"
+      "  qumetra replay run.qmrec -r sum,json  make results of a recording\n"
+      "  qumetra dump run.qmbin                show what a binary result says\n"
       "  qumetra writers                       which results there are\n"
       "  qumetra platform                      what is known of this machine\n"
       "\n"
@@ -96,6 +100,8 @@ int main(int argc, char** argv) {
     // Begins with the file already, as editors like to find it.
     qumetra::cli::printNote(error.what());
   } catch (const qumetra::OrderFileError& error) {
+    qumetra::cli::printNote(error.what());
+  } catch (const qumetra::ReadError& error) {
     qumetra::cli::printNote(error.what());
   } catch (const std::exception& error) {
     printError(error.what());

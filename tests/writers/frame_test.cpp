@@ -57,6 +57,8 @@ const std::vector<ExpectedWriter>& expectedWriters() {
        {},
        6,
        "Write data trace file (.json) in JSON trace event format for visualization in Perfetto"},
+      {"c3b1f91c-4a80-11e9-8261-001e67ca31ce", "bin", ".qmbin",
+       "Write data in a proprietary binary format (.qmbin)"},
       {"2e820d9e-2f9e-4cdb-a81d-056273a7a391",
        "raw",
        ".txt",

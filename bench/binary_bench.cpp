@@ -1,0 +1,238 @@
+// The binary result, next to a program that appends the same records of 27 bytes from plain arrays
+// to a block of 1 MiB, and writes it whenever it is full.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/support/ratio.h"
+#include "bench/support/scratch.h"
+#include "host/environment.h"
+#include "host/handles.h"
+#include "host/logger.h"
+#include "host/messages.h"
+#include "host/metric.h"
+#include "host/quantity.h"
+#include "host/system_metadata.h"
+#include "writers/binarywriter_plugin/binary_writer.h"
+
+namespace {
+
+using qumetra::bench::Scratch;
+
+/// Values per sample, each of an entity or a state of its own.
+constexpr std::size_t kColumns = 16;
+/// Samples differ and repeat after so many, so that input takes no memory to speak of.
+constexpr std::size_t kSamples = 256;
+constexpr std::size_t kRecordSize = 27;
+constexpr std::size_t kBlockSize = 0x100000;
+constexpr float kTicksPerMicrosecond = 4;
+
+/// What is measured, as plain arrays.
+struct Values {
+  std::array<std::uint64_t, kSamples> timestamps{};
+  std::array<std::array<double, kColumns>, kSamples> reals{};
+  std::array<std::array<std::uint64_t, kColumns>, kSamples> durations{};
+};
+
+const Values& values() {
+  static const Values made = [] {
+    Values result;
+    std::uint64_t state = 42;
+    const auto next = [&state] {
+      return state = state * 6364136223846793005U + 1442695040888963407U;
+    };
+    for (std::size_t i = 0; i < kSamples; ++i) {
+      result.timestamps[i] = 1'000'000'000'000 + i * 1'000'003;
+      for (std::size_t j = 0; j < kColumns; ++j) {
+        result.reals[i][j] = static_cast<double>(next() >> 44U) / 7919;
+        result.durations[i][j] = next() >> 44U;
+      }
+    }
+    return result;
+  }();
+  return made;
+}
+
+/// The same as messages of a host: values of entities, or deltas of states.
+class Messages {
+ public:
+  explicit Messages(pwr::Metric::MetricType type) : m_type(type) {
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      const std::string number = std::to_string(i);
+      m_entities.push_back(std::make_unique<pwr::EntityHandle>(
+          100 + i, pwr::HandleTexts{"CPU" + number, "", ""}, nullptr));
+      m_states.push_back(std::make_unique<pwr::DataDescriptor>(
+          200 + i, pwr::HandleTexts{"State" + number, "", ""}));
+      m_states.back()->addAttributeValue(&m_attribute, pwr::Data("C" + number));
+    }
+    for (std::size_t i = 0; i < kSamples; ++i) {
+      m_samples.push_back(makeSample(i));
+    }
+  }
+
+  const pwr::Metric& sample(std::size_t number) const { return *m_samples[number % kSamples]; }
+
+ private:
+  std::unique_ptr<pwr::Metric> makeSample(std::size_t number) {
+    auto metric = std::make_unique<pwr::Metric>();
+    metric->name = "Package Power";
+    metric->metricId = 7;
+    metric->metricType = m_type;
+    metric->quantity = &m_quantity;
+    pwr::SampleData data;
+    data.timestamp = values().timestamps[number];
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      m_elements.push_back(std::make_unique<pwr::DataElement>(
+          m_entities[i].get(), m_states[i].get(), nullptr, pwr::Data(values().reals[number][i]),
+          values().durations[number][i], nullptr));
+      data.elements.push_back(m_elements.back().get());
+    }
+    metric->setData(std::move(data));
+    return metric;
+  }
+
+  pwr::Metric::MetricType m_type;
+  pwr::Quantity m_quantity{1, 3, "Power", "mW", "Power (mW)"};
+  pwr::Attribute m_attribute{20, {"A", "", ""}, nullptr, nullptr, pwr::AttributeType::Info};
+  std::vector<std::unique_ptr<pwr::EntityHandle>> m_entities;
+  std::vector<std::unique_ptr<pwr::DataDescriptor>> m_states;
+  std::vector<std::unique_ptr<pwr::DataElement>> m_elements;
+  std::vector<std::unique_ptr<pwr::Metric>> m_samples;
+};
+
+/// An environment of its own for each run: its output handles know which files they made.
+class HostSide {
+ public:
+  HostSide() { g_pluginEnvironment = &m_environment; }
+  HostSide(const HostSide&) = delete;
+  HostSide& operator=(const HostSide&) = delete;
+  ~HostSide() { g_pluginEnvironment = nullptr; }
+
+ private:
+  LogSink m_sink{nullptr};
+  PluginEnvironment m_environment{m_sink, m_sink, m_sink};
+};
+
+void writeBinary(const Messages& messages, const std::string& base, std::size_t elements) {
+  const HostSide host;
+  pwr::SystemMetadata metadata;
+  metadata.m_timestampFrequency = kTicksPerMicrosecond;
+  pwr::SystemMessage system;
+  system.m_metadata = &metadata;
+  BinaryWriter writer;
+  writer.init(base, false);
+  writer.writeMessage(system);
+  for (std::size_t i = 0; i < elements / kColumns; ++i) {
+    writer.writeMessage(messages.sample(i));
+  }
+  writer.fini();
+}
+
+// The floor.
+
+template <typename Number>
+char* put(char* at, Number number) {
+  std::memcpy(at, &number, sizeof number);
+  return at + sizeof number;
+}
+
+/// `firstName` is the number of the first column's name; the others' follow at `nameStep`.
+void writeFloor(const std::string& path, std::size_t elements, std::uint16_t firstName,
+                std::uint16_t nameStep) {
+  const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  std::vector<char> block;
+  block.reserve(kBlockSize);
+  for (std::size_t i = 0; i < elements / kColumns; ++i) {
+    const std::size_t sample = i % kSamples;
+    for (std::size_t j = 0; j < kColumns; ++j) {
+      if (kBlockSize - block.size() < kRecordSize) {
+        qumetra::bench::writeBlock(file, block);
+      }
+      char record[kRecordSize];
+      char* at = put(record, std::uint16_t{kRecordSize - 3});
+      at = put(at, std::uint8_t{4});
+      at = put(at, values().timestamps[sample]);
+      const std::uint64_t microseconds = values().durations[sample][j] / 4;
+      at = put(at, static_cast<float>(microseconds));
+      at = put(at, std::uint32_t{7});
+      at = put(at, static_cast<std::uint16_t>(firstName + nameStep * j));
+      at = put(at, static_cast<std::uint16_t>(j + 1));
+      put(at, static_cast<float>(values().reals[sample][j]));
+      block.insert(block.end(), record, record + kRecordSize);
+    }
+  }
+  qumetra::bench::writeBlock(file, block);
+  ::close(file);
+}
+
+std::string bytesOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+struct Case {
+  const char* name;
+  pwr::Metric::MetricType type;
+  std::uint16_t firstName;
+  std::uint16_t nameStep;
+};
+
+/// Each column numbers two texts of its descriptor, the first of which names deltas, and for values
+/// that of its entity. The metric is not told: that has happened earlier in the process.
+constexpr Case kCases[] = {
+    {"values", pwr::Metric::SAMPLED_VALUE, 3, 3},
+    {"deltas", pwr::Metric::SAMPLED_DELTA, 1, 2},
+};
+
+std::string baseOf(const Scratch& file) {
+  return file.path().substr(0, file.path().size() - std::string(".qmbin").size());
+}
+
+/// A ratio means something only when both sides make the same samples. The floor makes nothing
+/// else; the few names that the writer puts in front of them are not looked at.
+bool sidesAgree(const Case& one, const Messages& messages) {
+  constexpr std::size_t kElements = 100'000;
+  const Scratch told("binary_told.qmbin");
+  writeBinary(messages, baseOf(told), kColumns);
+  const Scratch subject("binary_check.qmbin");
+  const Scratch floor("binary_check_floor");
+  writeBinary(messages, baseOf(subject), kElements);
+  writeFloor(floor.path(), kElements, one.firstName, one.nameStep);
+  const std::string samples = bytesOf(floor.path());
+  const std::string bytes = bytesOf(subject.path());
+  return bytes.size() > samples.size() &&
+         bytes.compare(bytes.size() - samples.size(), samples.size(), samples) == 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  static const Messages messages[] = {Messages(kCases[0].type), Messages(kCases[1].type)};
+  for (std::size_t i = 0; i < std::size(kCases); ++i) {
+    const Case& one = kCases[i];
+    if (!sidesAgree(one, messages[i])) {
+      std::fprintf(stderr, "binary_bench: the floor makes other samples than the writer\n");
+      return 1;
+    }
+    const auto subject = [i](std::size_t elements) {
+      const Scratch file("binary.qmbin");
+      writeBinary(messages[i], baseOf(file), elements);
+    };
+    const auto floor = [&one](std::size_t elements) {
+      const Scratch file("binary_floor");
+      writeFloor(file.path(), elements, one.firstName, one.nameStep);
+    };
+    qumetra::bench::addContest({std::string("binary_") + one.name, 2'048'000, subject, floor});
+  }
+  return qumetra::bench::runContests(argc, argv);
+}

@@ -1,0 +1,268 @@
+#include "qumetra/cli/qmbin_dump.h"
+
+#include <cstdint>
+#include <iterator>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "qumetra/cli/command.h"
+#include "qumetra/cli/console.h"
+#include "qumetra/readers/byte_source.h"
+#include "qumetra/readers/qmbin_reader.h"
+#include "qumetra/recording/json_text.h"
+
+namespace qumetra::cli {
+namespace {
+
+constexpr std::size_t kBlockSize = 0x10000;
+/// Of one file; what is wrong once is often wrong at every sample.
+constexpr std::uint64_t kShownFaults = 20;
+
+/// Prints faults with the file and the place in it.
+class FaultPrinter : public QmbinVisitor {
+ public:
+  void startFile(const std::string& file) {
+    endFile();
+    m_file = file;
+    m_faults = 0;
+  }
+  void endFile() const {
+    if (m_faults > kShownFaults) {
+      printNote(fmt::format("{}: {} more of these", m_file, m_faults - kShownFaults));
+    }
+  }
+
+  void fault(std::uint64_t offset, const std::string& what) override {
+    if (++m_faults <= kShownFaults) {
+      printNote(fmt::format("{}: byte {}: {}", m_file, offset, what));
+    }
+  }
+
+ private:
+  std::string m_file;
+  std::uint64_t m_faults = 0;
+};
+
+/// A `FaultPrinter` that prints what else there is, block by block.
+class Dumper : public FaultPrinter {
+ public:
+  void flush() {
+    printResult(m_out);
+    m_out.clear();
+  }
+
+ protected:
+  /// Ends what was appended to `m_out`.
+  void endLine() {
+    m_out += '\n';
+    if (m_out.size() >= kBlockSize) {
+      flush();
+    }
+  }
+
+  std::string m_out;
+};
+
+class TextDumper : public Dumper {
+ public:
+  void system(const QmbinSystem& system) override {
+    fmt::format_to(std::back_inserter(m_out),
+                   "system: {}, {} {}; platform {} ({}, {}), hubs {}, id {:#x}; {} packages, {} "
+                   "modules, {} cores, {} threads; {} MHz, bus {} MHz, low {} MHz, high {} MHz; "
+                   "ticks {} to {}, {} s",
+                   system.hostName, system.osName, system.osType, system.platformName,
+                   system.cpuCodeName, system.nativeModelName, system.controllerHubs,
+                   system.platformId, system.packages, system.modules, system.cores, system.threads,
+                   system.cpuFrequencyMHz, system.busFrequencyMHz, system.lowFrequencyMHz,
+                   system.highFrequencyMHz, system.firstTimestamp, system.lastTimestamp,
+                   system.durationSeconds);
+    endLine();
+  }
+
+  void descriptor(const QmbinDescriptor& descriptor) override {
+    fmt::format_to(std::back_inserter(m_out), "descriptor {}: {}", descriptor.index,
+                   descriptor.name);
+    if (!descriptor.attribute.empty()) {
+      m_out += " = " + descriptor.attribute;
+    }
+    endLine();
+  }
+
+  void metric(const QmbinMetric& metric) override {
+    fmt::format_to(std::back_inserter(m_out), "metric {}: {}, {}", metric.id, metric.name,
+                   metric.type);
+    if (metric.hasQuantity) {
+      fmt::format_to(std::back_inserter(m_out), ", {} ({})", metric.quantity, metric.units);
+    }
+    if (!metric.group.empty()) {
+      m_out += ", group " + metric.group;
+    }
+    fmt::format_to(std::back_inserter(m_out), ", {} columns", metric.columns.size());
+    for (const std::string& item : metric.metadata) {
+      m_out += ", " + item;
+    }
+    endLine();
+  }
+
+  void sample(const QmbinSample& sample) override {
+    fmt::format_to(std::back_inserter(m_out), "{} {}: {}", sample.timestamp,
+                   sample.metric == nullptr ? std::to_string(sample.metricId) : sample.metric->name,
+                   *sample.name);
+    if (sample.descriptor != nullptr) {
+      m_out += " / " + sample.descriptor->name;
+    }
+    fmt::format_to(std::back_inserter(m_out), " = {}, {} us", sample.value,
+                   sample.durationMicroseconds);
+    endLine();
+  }
+};
+
+/// One object per record, with the record's kind as its only member.
+class JsonDumper : public Dumper {
+ public:
+  void system(const QmbinSystem& system) override {
+    JsonText json = begin("system");
+    number(json, "firstTimestamp", system.firstTimestamp);
+    number(json, "lastTimestamp", system.lastTimestamp);
+    real(json, "durationSeconds", system.durationSeconds);
+    real(json, "highFrequencyMHz", system.highFrequencyMHz);
+    real(json, "lowFrequencyMHz", system.lowFrequencyMHz);
+    real(json, "cpuFrequencyMHz", system.cpuFrequencyMHz);
+    real(json, "busFrequencyMHz", system.busFrequencyMHz);
+    number(json, "platformId", system.platformId);
+    text(json, "platformName", system.platformName);
+    text(json, "cpuCodeName", system.cpuCodeName);
+    text(json, "nativeModelName", system.nativeModelName);
+    text(json, "controllerHubs", system.controllerHubs);
+    text(json, "hostName", system.hostName);
+    number(json, "packages", system.packages);
+    number(json, "modules", system.modules);
+    number(json, "cores", system.cores);
+    number(json, "threads", system.threads);
+    text(json, "osType", system.osType);
+    text(json, "osName", system.osName);
+    end(json);
+  }
+
+  void descriptor(const QmbinDescriptor& descriptor) override {
+    JsonText json = begin("descriptor");
+    number(json, "index", descriptor.index);
+    text(json, "name", descriptor.name);
+    text(json, "attribute", descriptor.attribute);
+    end(json);
+  }
+
+  void metric(const QmbinMetric& metric) override {
+    JsonText json = begin("metric");
+    number(json, "id", metric.id);
+    text(json, "name", metric.name);
+    text(json, "group", metric.group);
+    text(json, "type", metric.type);
+    if (metric.hasQuantity) {
+      text(json, "quantity", metric.quantity);
+      text(json, "units", metric.units);
+    }
+    json.name("columns");
+    json.beginList();
+    for (const QmbinMetric::Column& column : metric.columns) {
+      addColumn(json, column);
+    }
+    json.endList();
+    json.name("metadata");
+    json.beginList();
+    for (const std::string& item : metric.metadata) {
+      json.text(item);
+    }
+    json.endList();
+    end(json);
+  }
+
+  void sample(const QmbinSample& sample) override {
+    JsonText json = begin("sample");
+    number(json, "timestamp", sample.timestamp);
+    number(json, "metricId", sample.metricId);
+    text(json, "name", *sample.name);
+    if (sample.descriptor != nullptr) {
+      number(json, "descriptor", sample.descriptor->index);
+    }
+    real(json, "durationMicroseconds", sample.durationMicroseconds);
+    real(json, "value", sample.value);
+    end(json);
+  }
+
+ private:
+  JsonText begin(const char* kind) {
+    JsonText json(m_out);
+    json.beginObject();
+    json.name(kind);
+    json.beginObject();
+    return json;
+  }
+  void end(JsonText& json) {
+    json.endObject();
+    json.endObject();
+    endLine();
+  }
+
+  static void text(JsonText& json, const char* name, const std::string& value) {
+    json.name(name);
+    json.text(value);
+  }
+  static void number(JsonText& json, const char* name, std::uint64_t value) {
+    json.name(name);
+    json.unsignedInteger(value);
+  }
+  static void real(JsonText& json, const char* name, float value) {
+    json.name(name);
+    json.narrowReal(value);
+  }
+  static void addColumn(JsonText& json, const QmbinMetric::Column& column) {
+    json.beginObject();
+    if (column.entity) {
+      text(json, "entity", *column.entity);
+    }
+    if (column.descriptor != 0) {
+      number(json, "descriptor", column.descriptor);
+    }
+    json.endObject();
+  }
+};
+
+/// Reads the files as one series; `afterFile` gets each file and what was in it.
+template <typename AfterFile>
+int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, AfterFile afterFile) {
+  QmbinReader reader(printer);
+  int status = kDone;
+  for (const std::string& file : files) {
+    printer.startFile(file);
+    FileSource source(file);
+    const QmbinCounts counts = reader.read(source);
+    status = counts.faults == 0 ? status : kWrongInput;
+    afterFile(file, counts);
+  }
+  printer.endFile();
+  return status;
+}
+
+}  // namespace
+
+int dumpQmbin(const std::vector<std::string>& files, bool asJson) {
+  const std::unique_ptr<Dumper> dumper =
+      asJson ? std::unique_ptr<Dumper>(std::make_unique<JsonDumper>())
+             : std::make_unique<TextDumper>();
+  return readSeries(files, *dumper,
+                    [&](const std::string&, const QmbinCounts&) { dumper->flush(); });
+}
+
+int checkQmbin(const std::vector<std::string>& files) {
+  FaultPrinter printer;
+  return readSeries(files, printer, [](const std::string& file, const QmbinCounts& counts) {
+    printResult(fmt::format(
+        "{}: {} texts, {} system records, {} descriptors, {} metrics, {} samples, {} faults\n",
+        file, counts.texts, counts.systems, counts.descriptors, counts.metrics, counts.samples,
+        counts.faults));
+  });
+}
+
+}  // namespace qumetra::cli

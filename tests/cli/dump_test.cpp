@@ -1,0 +1,122 @@
+// qumetra dump and qumetra check.
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/tool.h"
+
+namespace qumetra::test {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+/// The bytes of a literal, zero bytes included.
+template <std::size_t Size>
+std::string bytes(const char (&literal)[Size]) {
+  return {literal, Size - 1};
+}
+
+/// Text 1 is "a".
+const std::string kText = bytes("\x05\0\0\x01\0\x01\0a");
+/// Metric 7: group, name and type are text 1; no quantity, no columns.
+const std::string kMetric = bytes("\x14\0\x03\x07\0\0\0\x01\0\x01\0\x01\0\0\0\0\0\0\0\0\0\0\0");
+/// Tick 9, 2.5 microseconds, metric 7, text 1, no descriptor, 0.1.
+const std::string kSample =
+    bytes("\x18\0\x04\x09\0\0\0\0\0\0\0\0\0\x20\x40\x07\0\0\0\x01\0\0\0\xcd\xcc\xcc\x3d");
+
+class ReadingBack : public ::testing::Test {
+ protected:
+  std::string result(const std::string& name, const std::string& content) const {
+    writeFile(m_tool.file(name), content);
+    return name;
+  }
+
+  Tool m_tool;
+};
+
+using Dump = ReadingBack;
+using Check = ReadingBack;
+
+TEST_F(Dump, ShowsOneLinePerRecordWithItsNames) {
+  const ToolResult shown = m_tool.run({"dump", result("r.qmbin", kText + kMetric + kSample)});
+  EXPECT_EQ(0, shown.status);
+  EXPECT_EQ("metric 7: a, a, group a, 0 columns\n9 a: a = 0.1, 2.5 us\n", shown.out);
+  EXPECT_EQ("", shown.err);
+}
+
+TEST_F(Dump, ShowsJsonLinesWithTheShortestNumbers) {
+  const ToolResult shown =
+      m_tool.run({"dump", "--json", result("r.qmbin", kText + kMetric + kSample)});
+  EXPECT_EQ(0, shown.status);
+  EXPECT_EQ(
+      R"({"metric":{"id":7,"name":"a","group":"a","type":"a","columns":[],"metadata":[]}})"
+      "\n"
+      R"({"sample":{"timestamp":9,"metricId":7,"name":"a","durationMicroseconds":2.5,"value":0.1}})"
+      "\n",
+      shown.out);
+}
+
+TEST_F(Dump, ShowsWhatCanBeReadOfABrokenFile) {
+  const ToolResult shown =
+      m_tool.run({"dump", result("r.qmbin", kText + kMetric + kSample + bytes("\x18\0"))});
+  EXPECT_EQ(2, shown.status);
+  EXPECT_THAT(shown.out, EndsWith("9 a: a = 0.1, 2.5 us\n"));
+  EXPECT_EQ("r.qmbin: byte 58: the file ends in the head of a record\n", shown.err);
+}
+
+TEST_F(Dump, ReadsTheFilesOfASeriesAsOne) {
+  const ToolResult shown =
+      m_tool.run({"dump", result("r_0.qmbin", kText + kMetric), result("r_1.qmbin", kSample)});
+  EXPECT_EQ(0, shown.status);
+  EXPECT_THAT(shown.out, EndsWith("9 a: a = 0.1, 2.5 us\n"));
+}
+
+TEST_F(Dump, MissingFileIsOneLine) {
+  const ToolResult shown = m_tool.run({"dump", "none.qmbin"});
+  EXPECT_EQ(2, shown.status);
+  EXPECT_EQ("none.qmbin: No such file or directory\n", shown.err);
+}
+
+TEST_F(Dump, FileOfAnotherKindIsRefused) {
+  const ToolResult shown = m_tool.run({"dump", result("r.csv", "a,b\n")});
+  EXPECT_EQ(2, shown.status);
+  EXPECT_EQ("qumetra: r.csv: not a result that can be read back; expected a .qmbin file\n",
+            shown.err);
+}
+
+TEST_F(Dump, ImportStreamUnderAWrongNameIsRefused) {
+  const ToolResult shown = m_tool.run({"dump", result("r.qmbin", bytes("\0\0\0\x08more"))});
+  EXPECT_EQ(2, shown.status);
+  EXPECT_EQ("qumetra: r.qmbin: an import stream, not a .qmbin file\n", shown.err);
+}
+
+TEST_F(Check, CountsWhatIsThere) {
+  const ToolResult checked = m_tool.run({"check", result("r.qmbin", kText + kMetric + kSample)});
+  EXPECT_EQ(0, checked.status);
+  EXPECT_EQ("r.qmbin: 1 texts, 0 system records, 0 descriptors, 1 metrics, 1 samples, 0 faults\n",
+            checked.out);
+}
+
+TEST_F(Check, SeriesOutOfOrderIsWrong) {
+  const ToolResult checked =
+      m_tool.run({"check", result("r_1.qmbin", kSample), result("r_0.qmbin", kText + kMetric)});
+  EXPECT_EQ(2, checked.status);
+  EXPECT_THAT(checked.err, StartsWith("r_1.qmbin: byte 0: a sample of a metric that was not told"));
+  EXPECT_THAT(checked.out, HasSubstr("1 samples, 2 faults\nr_0.qmbin: 1 texts"));
+}
+
+TEST_F(Check, ManyFaultsOfAFileAreCutShort) {
+  std::string samples;
+  for (int i = 0; i < 15; ++i) {
+    samples += kSample;  // Two faults each.
+  }
+  const ToolResult checked = m_tool.run({"check", result("r.qmbin", samples)});
+  EXPECT_EQ(2, checked.status);
+  EXPECT_THAT(checked.err, EndsWith("r.qmbin: 10 more of these\n"));
+}
+
+}  // namespace
+}  // namespace qumetra::test

@@ -1,0 +1,44 @@
+#include "writers/binarywriter_plugin/binary_writer.h"
+
+#include <set>
+
+#include "writers/binarywriter_plugin/binary_writer_impl.h"
+
+namespace {
+
+constexpr const char* kGuid = "c3b1f91c-4a80-11e9-8261-001e67ca31ce";
+
+}  // namespace
+
+BinaryWriter::BinaryWriter() : WriterPlugin(kGuid) {
+  auto capability = std::make_unique<pwr::WriterPluginCapability>(
+      std::set<pwr::TableClass>{}, "bin", "Write data in a proprietary binary format (.qmbin)",
+      ".qmbin", true);
+  capability->m_flags |= pwr::PluginCapability::kFlagHostInterpreted;
+  addCapability(capability.release());
+}
+
+BinaryWriter::~BinaryWriter() = default;
+
+int BinaryWriter::init(const std::string& name, bool continuous) {
+  if (m_impl != nullptr) {
+    m_impl->startCollection();
+    return 0;
+  }
+  m_impl = std::make_unique<Impl>(name, continuous);
+  return 0;
+}
+
+int BinaryWriter::fini() { return m_impl == nullptr ? 0 : m_impl->fini(); }
+
+int BinaryWriter::flushContinuousResults(const pwr::SystemMetadata& metadata) {
+  return m_impl != nullptr && m_impl->flushContinuousResults(metadata) ? 1 : 0;
+}
+
+int BinaryWriter::writeMessage(const pwr::SystemMessage& message) {
+  return m_impl == nullptr ? 1 : m_impl->writeMessage(message);
+}
+
+int BinaryWriter::writeMessage(const pwr::Metric& metric) {
+  return m_impl == nullptr ? 1 : m_impl->writeMessage(metric);
+}

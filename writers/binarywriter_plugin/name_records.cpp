@@ -1,0 +1,96 @@
+// Numbers of texts, descriptors and states, and the records that tell them.
+#include "host/attributes.h"
+#include "host/handles.h"
+#include "host/metric.h"
+#include "writers/binarywriter_plugin/binary_writer_impl.h"
+#include "writers/binarywriter_plugin/records.h"
+#include "writers/data_text.h"
+
+using pwr::bin::MsgType;
+using pwr::bin::setField;
+
+std::uint16_t BinaryWriter::Impl::getStringStoreIdx_i(const std::string& text) {
+  std::uint16_t& index = stringIndices[text];
+  if (index == 0) {
+    // Numbers have 16 bits: after 65535 they begin anew, and the number 0 is as good as none.
+    index = ++stringCount;
+    createStringStoreMeta_i(text, index);
+  }
+  return index;
+}
+
+void BinaryWriter::Impl::createStringStoreMeta_i(const std::string& text, std::uint16_t index) {
+  setField(stringMessage, pwr::bin::kStringIndex, index);
+  setField(stringMessage, pwr::bin::kStringLength, static_cast<std::uint16_t>(text.size()));
+  pwr::bin::setLength(stringMessage, pwr::bin::kStringFixedSize + text.size());
+  std::vector<char>& strings = buffers[MsgType::String];
+  pwr::bin::appendBytes(strings, stringMessage);
+  strings.insert(strings.end(), text.begin(), text.end());
+}
+
+std::uint16_t BinaryWriter::Impl::getDescriptorIdx_i(const pwr::DataDescriptor* descriptor) {
+  if (descriptor == nullptr) {
+    return 0;
+  }
+  const std::uint16_t recent = m_descriptors.find(descriptor);
+  if (recent != 0) {
+    return recent;
+  }
+  std::uint16_t& index = descriptorIndices[descriptor];
+  if (index == 0) {
+    index = static_cast<std::uint16_t>(++descriptorCount);
+    createDescriptorMeta_i(descriptor, index);
+  }
+  m_descriptors.add(descriptor, index);
+  return index;
+}
+
+void BinaryWriter::Impl::createDescriptorMeta_i(const pwr::DataDescriptor* descriptor,
+                                                std::uint16_t index) {
+  std::string attribute;
+  getFirstDataAttributeAsString_i(descriptor, attribute);
+  setField(descriptorMessage, pwr::bin::kDescriptorIndex, index);
+  setField(descriptorMessage, pwr::bin::kDescriptorAttribute, getStringStoreIdx_i(attribute));
+  setField(descriptorMessage, pwr::bin::kDescriptorName,
+           getStringStoreIdx_i(descriptor->getName()));
+  pwr::bin::appendBytes(buffers[MsgType::Descriptor], descriptorMessage);
+}
+
+std::uint16_t BinaryWriter::Impl::getSampleNameIdx_i(const Sampling& sampling,
+                                                     const pwr::DataElement& element) {
+  if (sampling.metric.metricType == pwr::Metric::SAMPLED_DELTA) {
+    // The attributes that states come from may change, so their texts are made each time.
+    const std::string state = getState_i(&element);
+    std::uint16_t index = m_stateNames.find(state);
+    if (index == 0) {
+      index = getStringStoreIdx_i(state);
+      m_stateNames.add(state, index);
+    }
+    return index;
+  }
+  const pwr::EntityHandle* entity = element.getEntity();
+  std::uint16_t index = m_entityNames.find(entity);
+  if (index == 0) {
+    index = getStringStoreIdx_i(entity->getName());
+    m_entityNames.add(entity, index);
+  }
+  return index;
+}
+
+std::string BinaryWriter::Impl::getState_i(const pwr::DataElement* element) {
+  std::string state;
+  const pwr::DataDescriptor* descriptor = element->getDescriptor();
+  if (descriptor != nullptr && getFirstDataAttributeAsString_i(descriptor, state) != 0) {
+    state = descriptor->getName();
+  }
+  return state;
+}
+
+int BinaryWriter::Impl::getFirstDataAttributeAsString_i(
+    const pwr::AttributeValueManager* attributes, std::string& out) {
+  const auto first = attributes->begin();
+  if (first == attributes->end() || first->first == nullptr) {
+    return 1;
+  }
+  return getStringFromData_i(&first->second, &out);
+}
