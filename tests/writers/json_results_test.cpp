@@ -108,6 +108,21 @@ TEST_F(Qmjson, HeadTellsFormatAndSystem) {
             "\n");
 }
 
+TEST_F(Qmjson, StartIsTheOneThatTimesAreCountedFrom) {
+  m_world.system().m_firstTimestamp = 400;
+  m_world.system().m_lastTimestamp = 2000;
+  m_writer.writeMessage(m_world.systemMessage());
+  sample(Metric::SAMPLED_VALUE, Data(1.0));
+  // What the host learns after the message counts where it is read at the end only.
+  m_world.system().m_firstTimestamp = 77;
+  m_world.system().m_lastTimestamp = 3000;
+  m_writer.fini();
+  const std::string text = readFile(file());
+  EXPECT_NE(text.find(R"("Collection Start Timestamp":400,"Collection Stop Timestamp":3000)"),
+            std::string::npos);
+  EXPECT_NE(text.find(R"({"x":599,"x1":600,"y":1.0})"), std::string::npos);
+}
+
 TEST_F(Qmjson, WithoutAProcessorThereIsNoFileAndNoWord) {
   m_world.system().m_platformMetadata.clear();
   sample(Metric::SAMPLED_VALUE, Data(1.0));

@@ -44,7 +44,8 @@ int QMJSONWriter::fini() {
   JsonFile file(fileName);
   file.startObject();
   writeFormat(file);
-  writeSystem(file, {*systemMetadata, *cpu, toolVersion, driverVersion, commandLine});
+  writeSystem(file,
+              {*systemMetadata, *cpu, toolVersion, driverVersion, commandLine, startTimestamp});
   file.key("data");
   file.startObject();
   for (const auto& [name, members] : seriesByCategory()) {
