@@ -1,5 +1,6 @@
 // The .qmjson document as a whole: file, head, units and states.
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,7 +16,15 @@ using pwr::Metric;
 using qumetra::test::give;
 using qumetra::test::readFile;
 
-class QmjsonDocument : public qumetra::test::QmjsonResults {};
+class QmjsonDocument : public qumetra::test::QmjsonResults {
+ protected:
+  /// An energy whose form per second is a power.
+  const pwr::Quantity* rateOf(double factor) {
+    pwr::Quantity* energy = m_world.quantity(3, "Energy", "mJ");
+    energy->setRateConversion(m_world.quantity(9, "Power", "mW"), factor);
+    return energy;
+  }
+};
 
 TEST_F(QmjsonDocument, EmptyModelIsAWholeDocument) {
   EXPECT_EQ(data(), R"("data":{})");
@@ -93,6 +102,30 @@ TEST_F(QmjsonDocument, FileThatCannotBeMadeIsNoFailureAndNoWord) {
   EXPECT_TRUE(m_log.warnings().empty() && m_log.errors().empty());
 }
 
+TEST_F(QmjsonDocument, LongerFileOfAnEarlierRunIsReplaced) {
+  std::ofstream(file()) << std::string(10'000, 'x');
+  EXPECT_EQ(data(), R"("data":{})");
+}
+
+TEST_F(QmjsonDocument, StateThatEndsTheProcessLeavesTheEarlierFile) {
+  std::ofstream(file()) << "earlier";
+  sample(Metric::SAMPLED_RESIDENCY, Data(1.0), m_world.descriptor("9223372036854775807"));
+  EXPECT_DEATH(m_writer.fini(), "number < LONG_MAX");
+  EXPECT_EQ(readFile(file()), "earlier");
+}
+
+TEST_F(QmjsonDocument, NamesAreEscapedAndBytesThatAreNoUtf8PassThrough) {
+  Metric& metric = m_world.metric("q\"b\\s/\x01\x1f\x7f\t", Metric::SAMPLED_VALUE);
+  const auto* entity = m_world.entity(std::string("n\0e\xff\xc3\xa9", 6));
+  give(m_writer, metric, 1000, {m_world.element(entity, nullptr, Data(1.0))});
+  const std::string text = data();
+  EXPECT_EQ(text.find(R"("data":{"q\"b\\s/\u0001\u001F)"
+                      "\x7f"
+                      R"(\t":{"metaData")"),
+            0U);
+  EXPECT_NE(text.find("\"name\":\"n\\u0000e\xff\xc3\xa9\""), std::string::npos);
+}
+
 TEST_F(QmjsonDocument, SystemMessageWithoutMetadataIsRefused) {
   EXPECT_EQ(m_writer.writeMessage(pwr::SystemMessage()), 1);
 }
@@ -105,9 +138,7 @@ TEST_F(QmjsonDocument, TextsAreTakenAndLeftOut) {
 // Units and rates.
 
 TEST_F(QmjsonDocument, RateFormIsPrintedPerSecond) {
-  pwr::Quantity* energy = m_world.quantity(3, "Energy", "mJ");
-  energy->setRateConversion(m_world.quantity(9, "Power", "mW"), 0.5);
-  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA, energy);
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA, rateOf(0.5));
   sample(metric, Data(3.0));
   give(m_writer, metric, 2000, {m_world.element(m_entity, nullptr, Data(3.0), 0)});
   const std::string text = data();
@@ -134,6 +165,36 @@ TEST_F(QmjsonDocument, StatesKeepTheirOwnUnitBesideARate) {
 TEST_F(QmjsonDocument, QuantityOfARateIsItselfOne) {
   sample(Metric::SAMPLED_VALUE, Data(3.0), nullptr, m_world.quantity(9, "Power", "mW"));
   EXPECT_EQ(points(), R"([{"x":999,"x1":1000,"y":3000000.0}])");
+}
+
+TEST_F(QmjsonDocument, RateHoldsForPlainSeriesBesideAFirstOneOfStates) {
+  // A text makes the first series one of states; the other entity has numbers.
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE, rateOf(0.5));
+  const auto* other = m_world.entity("O");
+  give(m_writer, metric, 1000, {m_world.element(other, nullptr, Data(3.0), 250)});
+  sample(metric, Data(std::string("busy")));
+  const std::string text = data();
+  // The map of series hands out the one made last first.
+  ASSERT_LT(text.find(R"("name":"E")"), text.find(R"("name":"O")"));
+  EXPECT_NE(text.find(R"("states":["","busy"])"), std::string::npos);
+  EXPECT_NE(text.find(R"("units":"mJ"})"), std::string::npos);
+  // Per second, but not converted: 3 * 1 * 1e6 / 250.
+  EXPECT_NE(text.find(R"({"x":750,"x1":1000,"y":12000.0})"), std::string::npos);
+}
+
+TEST_F(QmjsonDocument, RateTakesTheLengthOfAWrappedPoint) {
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA, rateOf(1.0));
+  give(m_writer, metric, 10, {m_world.element(m_entity, nullptr, Data(3.0), 20)});
+  EXPECT_EQ(points(), R"([{"x":18446744073709551606,"x1":10,"y":150000.0}])");
+}
+
+TEST_F(QmjsonDocument, MetricsOfOneNameAreOneCategory) {
+  sample(Metric::SAMPLED_RESIDENCY, Data(1.0), m_world.descriptor("C0"));
+  sample(Metric::SAMPLED_RESIDENCY, Data(2.0), m_world.descriptor("C1"));
+  const std::string text = data();
+  EXPECT_EQ(text.find(R"("metaData":)"), text.rfind(R"("metaData":)"));
+  EXPECT_NE(text.find(R"("y":{"0":)"), std::string::npos);
+  EXPECT_NE(text.find(R"("y":{"1":)"), std::string::npos);
 }
 
 // States.
@@ -195,6 +256,13 @@ TEST_F(QmjsonDocument, ContinuousRunPassesAllOn) {
 
 TEST_F(QmjsonDocument, FlushOutsideOfAContinuousRunDoesNothing) {
   EXPECT_EQ(m_writer.flushContinuousResults(m_world.system()), 0);
+}
+
+TEST_F(QmjsonDocument, SecondContinuousStartKeepsTheFirstName) {
+  m_writer.init(m_dir.file("first"), true);
+  m_writer.init(m_dir.file("second"), true);
+  EXPECT_EQ(m_writer.flushContinuousResults(m_world.system()), 1);
+  EXPECT_TRUE(std::filesystem::exists(m_dir.file("first_0.qmjson")));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // What the samples of an ordinary run become in the .qmjson result.
+#include <cstdint>
 #include <initializer_list>
 #include <limits>
 #include <string>
@@ -61,6 +62,18 @@ TEST_F(QmjsonSample, RangeHasBothEnds) {
   EXPECT_EQ(points(), R"([{"x":999,"x1":1000,"y":3.0,"y1":4.0}])");
 }
 
+TEST_F(QmjsonSample, RangeOfADeltaHasBothEnds) {
+  sample(Metric::SAMPLED_DELTA, Data::fromIntRange({-3, 4}));
+  EXPECT_EQ(points(), R"([{"x":750,"x1":1000,"y":-3.0,"y1":4.0}])");
+}
+
+TEST_F(QmjsonSample, RangeOfAResidencyIsScaledAtItsLowEndOnly) {
+  m_world.system().m_timestampFrequency = 2.0F;
+  m_writer.writeMessage(m_world.systemMessage());
+  sample(Metric::SAMPLED_RESIDENCY, Data::fromRealRange({3, 4}));
+  EXPECT_EQ(points(), R"([{"x":375,"x1":500,"y":{"0":1.5,"0":4.0}}])");
+}
+
 TEST_F(QmjsonSample, RangeOnTheSamePointLosesItsHighEnd) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
   const Data range = Data::fromRealRange({3.5, 4.5});
@@ -99,6 +112,23 @@ TEST_F(QmjsonSample, FrequencyOfZeroHasDefinedTimes) {
   m_writer.writeMessage(m_world.systemMessage());
   sample(Metric::SAMPLED_DELTA, Data(1.0));
   EXPECT_EQ(points(), R"([{"x":0,"x1":0,"y":1.0}])");
+}
+
+TEST_F(QmjsonSample, FrequencyOfZeroAtTheStartHasDefinedTimes) {
+  m_world.system().m_timestampFrequency = 0.0F;
+  m_writer.writeMessage(m_world.systemMessage());
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA);
+  give(m_writer, metric, 0, {m_world.element(m_entity, nullptr, Data(1.0), 250)});
+  // No ticks times infinity is not a number, whose integer is 2^63.
+  EXPECT_EQ(points(), R"([{"x":9223372036854775808,"x1":9223372036854775808,"y":1.0}])");
+}
+
+TEST_F(QmjsonSample, TimeBeforeTheStartWraps) {
+  m_world.system().m_firstTimestamp = 1001;
+  m_writer.writeMessage(m_world.systemMessage());
+  sample(Metric::SAMPLED_VALUE, Data(1.0));
+  // All ones is 2^64 in single precision, which 64 bits do not hold.
+  EXPECT_EQ(points(), R"([{"x":18446744073709551615,"x1":0,"y":1.0}])");
 }
 
 TEST_F(QmjsonSample, MetricBeforeTheSystemMessageIsAtZero) {
@@ -161,6 +191,16 @@ TEST_F(QmjsonSample, UnknownTypeIsToldByStates) {
   EXPECT_NE(text.find(R"("y":{"0":3.0})"), std::string::npos);
 }
 
+TEST_F(QmjsonSample, UnknownTypeHasItsDurationAndBothEndsOfARange) {
+  sample(static_cast<Metric::MetricType>(9), Data::fromUIntRange({3, 4}));
+  EXPECT_EQ(points(), R"([{"x":750,"x1":1000,"y":{"0":3.0,"0":4.0}}])");
+}
+
+TEST_F(QmjsonSample, ValueWithoutANumberCountsZero) {
+  sample(Metric::SAMPLED_DELTA, Data(std::string("7")));
+  EXPECT_EQ(points(), R"([{"x":750,"x1":1000,"y":0.0}])");
+}
+
 TEST_F(QmjsonSample, FalseDescriptorFailsTheRestOfTheMessage) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
   EXPECT_EQ(give(m_writer, metric, 1000,
@@ -212,6 +252,17 @@ TEST_F(QmjsonSample, FirstIdOfAllOnesMakesAPoint) {
   const auto& entity = m_world.model().addEntity({.name = "e", .id = 0xffffffff - 101});
   give(m_writer, metric, 1000, {m_world.element(&entity, nullptr, Data(1.0))});
   EXPECT_EQ(points(), R"([{"x":999,"x1":1000,"y":1.0}])");
+}
+
+TEST_F(QmjsonSample, LaterIdOfAllOnesGoesOnWithTheLastPoint) {
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
+  metric.metricId = 0xffffffff;
+  const auto& entity = m_world.model().addEntity({.name = "e", .id = 0xffffffff - 101});
+  for (const std::uint64_t tick : {1000UL, 2000UL}) {
+    give(m_writer, metric, tick, {m_world.element(&entity, nullptr, Data(tick))});
+  }
+  // All ones also means that there was no element before.
+  EXPECT_EQ(points(), R"([{"x":999,"x1":1000,"y":1000.0,"y1":2000.0}])");
 }
 
 }  // namespace
