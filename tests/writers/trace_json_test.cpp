@@ -56,6 +56,18 @@ TEST_F(TraceJson, DeclaredStatesNameTheirArguments) {
   EXPECT_NE(result.find(R"("args":{"C10":3.0})"), std::string::npos);
 }
 
+TEST_F(TraceJson, PointsKeepTheirOrderAndElementsOfOneSeriesAreOneEvent) {
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
+  give(m_writer, metric, 2000,
+       {m_world.element(m_entity, m_world.descriptor("a"), Data(1.0)),
+        m_world.element(m_entity, m_world.descriptor("a"), Data(2.0))});
+  give(m_writer, metric, 1000, {m_world.element(m_entity, nullptr, Data(3.0))});
+  const std::string result = text();
+  const std::size_t first = result.find(R"("ts":1999)");
+  EXPECT_NE(result.find(R"("args":{"a":1.0,"a":2.0})", first), std::string::npos);
+  EXPECT_NE(result.find(R"("ts":999)", first), std::string::npos);
+}
+
 TEST_F(TraceJson, RangeIsTwoMembersOfOneKey) {
   sample(Metric::SAMPLED_VALUE, Data::fromIntRange({-1, 1}));
   EXPECT_NE(text().find(R"("args":{"":-1.0,"":1.0})"), std::string::npos);
@@ -89,14 +101,22 @@ TEST_F(TraceJson, LongResultsGoOutInBlocks) {
   EXPECT_EQ(document["traceEvents"][39'999]["ts"].GetDouble(), 39'999);
 }
 
+TEST(SeriesWriterNames, TypesHaveTheirs) {
+  const std::vector<std::string> names = {"SAMPLED_DELTA", "SAMPLED_RESIDENCY",
+                                          "SAMPLED_VALUE", "TRACED_VALUE_TRANSITION",
+                                          "TRACED_EVENT",  "UNKNOWN"};
+  for (std::uint64_t type = 0; type < names.size(); ++type) {
+    EXPECT_EQ(QMJSONWriter::getTypeString(static_cast<Metric::MetricType>(type)), names[type]);
+  }
+  EXPECT_STREQ(JSONWriter::getTypeString(static_cast<Metric::MetricType>(0x100)), "UNKNOWN");
+}
+
 TEST(SeriesWriterNames, AreThoseOfBothWriters) {
   std::string text;
   const Data number(1.5);
   EXPECT_EQ(QMJSONWriter::getStringFromData(&number, &text), 0);
   EXPECT_EQ(text, "1.5");
   EXPECT_EQ(JSONWriter::getStringFromData(nullptr, &text), 1);
-  EXPECT_STREQ(QMJSONWriter::getTypeString(Metric::TRACED_EVENT), "TRACED_EVENT");
-  EXPECT_STREQ(JSONWriter::getTypeString(static_cast<Metric::MetricType>(5)), "UNKNOWN");
   EXPECT_TRUE(QMJSONWriter::isNumeric("12"));
   std::vector<std::string> states{"2", "1"};
   JSONWriter::sortStates(states);
