@@ -273,7 +273,11 @@ void Collection::State::start() {
   }
   // After the first reading, so that the whole of the command is measured.
   if (!options.command.empty()) {
+    const std::uint64_t begin = monotonicTicks();
     command.emplace(options.command, options.commandEnvironment, options.commandOpenFiles);
+    for (const auto& collector : collectors) {
+      collector->commandStarted(static_cast<std::uint32_t>(command->pid()), begin);
+    }
   }
   pwr::WriterInterfaceConfigFileParser::instance()->setOrder(
       options.metricOrder ? *options.metricOrder : orderOf(collectors));
