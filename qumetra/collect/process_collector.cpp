@@ -67,6 +67,15 @@ void ProcessCollector::commandStarted(std::uint32_t pid, std::uint64_t ticks) {
   watch(std::move(file), *stat, ticks).readAt = ticks;
 }
 
+void ProcessCollector::summarise(SummaryContext& context) {
+  for (Watched& watched : m_processes) {
+    if (watched.life == Life::Running) {
+      watched.process->setEndTime(watched.readAt);
+    }
+  }
+  Collector::summarise(context);
+}
+
 void ProcessCollector::read(std::uint64_t now) {
   for (Watched& watched : m_processes) {
     if (watched.life == Life::Running) {

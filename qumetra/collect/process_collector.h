@@ -24,7 +24,9 @@ namespace qumetra {
 ///
 /// An entity stands for each process. It has the process as an attribute, by which writers find
 /// pid, name, start and end; where they do not ask for attributes, nothing but the CPU time shows.
-/// A process's share is of the time that it lived: there are no values after its end.
+/// A process's share is of the time that it lived: there are no values after its end. One that
+/// lives longer than the collection is not told to have ended, but writers that are served live
+/// find the time of the last reading as its end: they know no other.
 ///
 /// The kernel counts in steps, most often of 10 ms.
 class ProcessCollector : public Collector {
@@ -35,6 +37,7 @@ class ProcessCollector : public Collector {
   SourceInfo info() const override;
   void open(CollectorContext& context) override;
   void commandStarted(std::uint32_t pid, std::uint64_t ticks) override;
+  void summarise(SummaryContext& context) override;
 
  protected:
   void read(std::uint64_t now) override;

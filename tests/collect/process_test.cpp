@@ -194,6 +194,18 @@ TEST_F(ProcessTest, AnEndIsToldOnceBehindTheLastValue) {
   EXPECT_EQ(kStart + kSecond, processOf(1).getEndTime());
 }
 
+TEST_F(ProcessTest, AProcessThatOutlivesTheCollectionIsKnownUpToTheLastReading) {
+  startWithCommand();
+  writeCommand({.name = "make", .state = 'Z'});
+  collector.sample(kStart + kSecond, sink);
+  collector.sample(kStart + 2 * kSecond, sink);
+  SummaryContext summary{.model = model, .sink = sink};
+  collector.summarise(summary);
+  EXPECT_EQ(kStart + 2 * kSecond, processOf(0).getEndTime());
+  EXPECT_EQ(kStart + kSecond, processOf(1).getEndTime());
+  EXPECT_EQ(std::vector<const pwr::DataHandle*>{&processOf(1)}, sink.ends);
+}
+
 TEST_F(ProcessTest, AProcessThatIsGoneHasEnded) {
   startWithCommand();
   machine.writeProc("101/stat", "");

@@ -322,6 +322,16 @@ class ImportStream(unittest.TestCase):
         self.assertCountEqual(self.file.processes, expected)
         self.assertEqual({process.name for process in self.file.processes}, {"qumetra", "sleep"})
 
+    def test_live_run_tells_of_the_same_ends(self):
+        run = Collection("-r", "kelto", "--continuous", "1", "--", "sleep", "0.1")
+        self.addCleanup(run.close)
+        told = collections.defaultdict(list)
+        for process in pwr_file.PwrFile(run.path("r.pwr")).processes:
+            told[process.pid].append(process.time)
+        self.assertEqual(told, {
+            process["pid"]: [process["startTime"], process.get("endTime", run.recording.last)]
+            for process in run.recording.processes.values()})
+
     def test_command_starts_and_ends_within_the_collection(self):
         (tool,) = [p for p in self.recording.processes.values() if p["path"] == "qumetra"]
         (command,) = [p for p in self.recording.processes.values() if p["path"] == "sleep"]
