@@ -1,0 +1,62 @@
+#include "writers/binarywriter_plugin/spilled_blocks.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "client/src/common/pw_files.h"
+
+namespace pwr::bin {
+
+SpilledBlocks::SpilledBlocks(std::size_t blockSize) : m_blockSize(blockSize) {}
+
+SpilledBlocks::~SpilledBlocks() { clear(); }
+
+bool SpilledBlocks::append(const char* block) {
+  if (m_file == nullptr && !open()) {
+    return false;
+  }
+  if (!seek(m_count) || std::fwrite(block, m_blockSize, 1, m_file.get()) != 1) {
+    return false;
+  }
+  ++m_count;
+  return true;
+}
+
+bool SpilledBlocks::read(std::size_t number, char* out) {
+  return seek(number) && std::fread(out, m_blockSize, 1, m_file.get()) == 1;
+}
+
+void SpilledBlocks::clear() {
+  m_count = 0;
+  if (m_file != nullptr) {
+    m_file.reset();
+    ::unlink(m_path.c_str());
+    m_path.clear();
+  }
+}
+
+bool SpilledBlocks::open() {
+  std::string path = qm_temp_directory_path() + "_qmet_samples_XXXXXX";
+  const int descriptor = ::mkostemp(path.data(), O_CLOEXEC);
+  if (descriptor < 0) {
+    return false;
+  }
+  m_file.reset(::fdopen(descriptor, "w+b"));
+  if (m_file == nullptr) {
+    ::close(descriptor);
+    ::unlink(path.c_str());
+    return false;
+  }
+  // Blocks go to the file as they are; a failure then shows at once.
+  std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
+  m_path = path;
+  return true;
+}
+
+bool SpilledBlocks::seek(std::size_t number) {
+  return ::fseeko(m_file.get(), static_cast<off_t>(number * m_blockSize), SEEK_SET) == 0;
+}
+
+}  // namespace pwr::bin
