@@ -43,7 +43,7 @@ void SampleStore::flushSpilled(pwr::Logger& output) {
   std::size_t lost = 0;
   output.m_buffer.resize(kBlockSize);
   for (std::size_t i = 0; i < m_spilled.count(); ++i) {
-    if (m_spilled.read(i, output.m_buffer.data())) {
+    if (m_spilled.take(i, output.m_buffer.data())) {
       flush(output);
     } else {
       ++lost;

@@ -17,15 +17,25 @@ bool SpilledBlocks::append(const char* block) {
   if (m_file == nullptr && !open()) {
     return false;
   }
-  if (!seek(m_count) || std::fwrite(block, m_blockSize, 1, m_file.get()) != 1) {
+  std::FILE* const file = m_file.get();
+  if (::fseeko(file, placeOf(m_count), SEEK_SET) != 0 ||
+      std::fwrite(block, m_blockSize, 1, file) != 1) {
     return false;
   }
   ++m_count;
   return true;
 }
 
-bool SpilledBlocks::read(std::size_t number, char* out) {
-  return seek(number) && std::fread(out, m_blockSize, 1, m_file.get()) == 1;
+bool SpilledBlocks::take(std::size_t number, char* out) {
+  std::FILE* const file = m_file.get();
+  if (::fseeko(file, placeOf(number), SEEK_SET) != 0 ||
+      std::fread(out, m_blockSize, 1, file) != 1) {
+    return false;
+  }
+  // So that what the block becomes finds room. Not every file system can; `clear` frees all.
+  ::fallocate(::fileno(file), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, placeOf(number),
+              static_cast<off_t>(m_blockSize));
+  return true;
 }
 
 void SpilledBlocks::clear() {
@@ -53,10 +63,6 @@ bool SpilledBlocks::open() {
   std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
   m_path = path;
   return true;
-}
-
-bool SpilledBlocks::seek(std::size_t number) {
-  return ::fseeko(m_file.get(), static_cast<off_t>(number * m_blockSize), SEEK_SET) == 0;
 }
 
 }  // namespace pwr::bin

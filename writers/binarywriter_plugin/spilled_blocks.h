@@ -1,6 +1,8 @@
 // Blocks of bytes that wait in a temp file.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdio>
 #include <memory>
@@ -20,9 +22,9 @@ class SpilledBlocks {
   /// Takes one block more. False when the file cannot be made or has no room; the blocks before it
   /// are unharmed then.
   bool append(const char* block);
-  /// Copies a block to `out`, which has room for it. False when the disk fails. REQUIRES: `number`
-  /// is below `count()`.
-  bool read(std::size_t number, char* out);
+  /// Moves a block to `out`, which has room for it, and gives its room on the disk back. False when
+  /// the disk fails. REQUIRES: `number` is below `count()`, and was not taken before.
+  bool take(std::size_t number, char* out);
   std::size_t count() const { return m_count; }
   /// Forgets all blocks and removes the file.
   void clear();
@@ -36,7 +38,7 @@ class SpilledBlocks {
   };
 
   bool open();
-  bool seek(std::size_t number);
+  off_t placeOf(std::size_t number) const { return static_cast<off_t>(number * m_blockSize); }
 
   std::size_t m_blockSize;
   std::size_t m_count = 0;
