@@ -1,29 +1,15 @@
 // Arbitrary bytes as .qmbin files: as one file, and cut in two as a series.
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
-#include "qumetra/readers/byte_source.h"
+#include "fuzz/bytes_source.h"
 #include "qumetra/readers/qmbin_reader.h"
 
 namespace {
 
-class BytesSource : public qumetra::ByteSource {
- public:
-  explicit BytesSource(std::string_view bytes) : m_rest(bytes) {}
-
-  std::size_t read(char* out, std::size_t size) override {
-    const std::size_t count = std::min(size, m_rest.size());
-    std::copy_n(m_rest.begin(), count, out);
-    m_rest.remove_prefix(count);
-    return count;
-  }
-
- private:
-  std::string_view m_rest;
-};
+using qumetra::fuzz::BytesSource;
 
 /// Touches every byte that it is given, and counts.
 class Toucher : public qumetra::QmbinVisitor {

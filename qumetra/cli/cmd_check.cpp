@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "qumetra/cli/command.h"
+#include "qumetra/cli/pwr_dump.h"
 #include "qumetra/cli/qmbin_dump.h"
 #include "qumetra/cli/result_format.h"
 
@@ -17,6 +18,8 @@ int check(const std::vector<std::string>& files) {
   switch (formatOf(files)) {
     case ResultFormat::Qmbin:
       return checkQmbin(files);
+    case ResultFormat::Pwr:
+      return checkPwr(files);
   }
   return kWrongInput;
 }
@@ -24,16 +27,26 @@ int check(const std::vector<std::string>& files) {
 }  // namespace
 
 void addCheckCommand(CLI::App& app, Action& action) {
-  CLI::App* command = app.add_subcommand("check", "Tell whether a binary result is whole");
+  CLI::App* command =
+      app.add_subcommand("check", "Tell whether a binary result or an import stream is whole");
   auto files = std::make_shared<std::vector<std::string>>();
   command
-      ->add_option("files", *files,
-                   "A .qmbin file, or the files of a continuous run in the order of their numbers")
+      ->add_option(
+          "files", *files,
+          "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
+          "of their numbers")
       ->type_name("FILE")
       ->required();
   command->callback(
       [&action, files] { action = [files](const CommonOptions&) { return check(*files); }; });
-  command->footer("Exit status: 0 all is well; 2 something is wrong, told on standard error.");
+  command->footer(
+      "Of a .pwr file are checked: where records begin and end, their sizes, that the times of "
+      "each\n"
+      "metric and entity rise, and, as warnings, that all uids are declared.\n"
+      "\n"
+      "Exit status: 0 all is well; 1 a .pwr file is faulty; 2 a .qmbin file is, or a file cannot "
+      "be\n"
+      "read. What is wrong is told on standard error.");
 }
 
 }  // namespace qumetra::cli

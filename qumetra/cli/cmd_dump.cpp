@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "qumetra/cli/command.h"
+#include "qumetra/cli/pwr_dump.h"
 #include "qumetra/cli/qmbin_dump.h"
 #include "qumetra/cli/result_format.h"
 
@@ -22,6 +23,8 @@ int dump(const DumpOptions& options) {
   switch (formatOf(options.files)) {
     case ResultFormat::Qmbin:
       return dumpQmbin(options.files, options.json);
+    case ResultFormat::Pwr:
+      return dumpPwr(options.files, options.json);
   }
   return kWrongInput;
 }
@@ -29,14 +32,21 @@ int dump(const DumpOptions& options) {
 }  // namespace
 
 void addDumpCommand(CLI::App& app, Action& action) {
-  CLI::App* command = app.add_subcommand("dump", "Show what a binary result says");
+  CLI::App* command =
+      app.add_subcommand("dump", "Show what a binary result or an import stream says");
   auto options = std::make_shared<DumpOptions>();
   command
-      ->add_option("files", options->files,
-                   "A .qmbin file, or the files of a continuous run in the order of their numbers")
+      ->add_option(
+          "files", options->files,
+          "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
+          "of their numbers")
       ->type_name("FILE")
       ->required();
   command->add_flag("--json", options->json, "As JSON Lines, one object per record");
+  command->footer(
+      "Exit status: 0 done; 1 a .pwr file is faulty; 2 a .qmbin file is, or a file cannot be "
+      "read.\n"
+      "What is wrong is told on standard error; what can be read is shown all the same.");
   command->callback(
       [&action, options] { action = [options](const CommonOptions&) { return dump(*options); }; });
 }

@@ -75,12 +75,13 @@ int runTool(int argc, char** argv) {
       "  qumetra collect -t 10                 measure for ten seconds, results in qumetra.*\n"
       "  qumetra collect -r all -- make        measure while a command runs\n"
       "  qumetra replay run.qmrec -r sum,json  make results of a recording\n"
-      "  qumetra dump run.qmbin                show what a binary result says\n"
+      "  qumetra dump run.qmbin                show what a result says: .qmbin or .pwr\n"
+      "  qumetra check run.pwr                 tell whether it is whole\n"
       "  qumetra writers                       which results there are\n"
       "  qumetra platform                      what is known of this machine\n"
       "\n"
-      "Exit status: 0 done; 1 a writer failed; 2 wrong usage or a file that cannot be used; with\n"
-      "a command the command's own.");
+      "Exit status: 0 done; 1 a writer failed, or a .pwr file is faulty; 2 wrong usage or a file\n"
+      "that cannot be used; with a command the command's own.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -8,6 +8,7 @@
 
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
+#include "qumetra/cli/reading_output.h"
 #include "qumetra/readers/byte_source.h"
 #include "qumetra/readers/qmbin_reader.h"
 #include "qumetra/recording/json_text.h"
@@ -15,53 +16,31 @@
 namespace qumetra::cli {
 namespace {
 
-constexpr std::size_t kBlockSize = 0x10000;
-/// Of one file; what is wrong once is often wrong at every sample.
-constexpr std::uint64_t kShownFaults = 20;
-
-/// Prints faults with the file and the place in it.
+/// Prints faults.
 class FaultPrinter : public QmbinVisitor {
  public:
-  void startFile(const std::string& file) {
-    endFile();
-    m_file = file;
-    m_faults = 0;
-  }
-  void endFile() const {
-    if (m_faults > kShownFaults) {
-      printNote(fmt::format("{}: {} more of these", m_file, m_faults - kShownFaults));
-    }
-  }
+  void startFile(const std::string& file) { m_lines.startFile(file); }
+  void endFile() const { m_lines.endFile(); }
 
   void fault(std::uint64_t offset, const std::string& what) override {
-    if (++m_faults <= kShownFaults) {
-      printNote(fmt::format("{}: byte {}: {}", m_file, offset, what));
-    }
+    m_lines.print(offset, what);
   }
 
  private:
-  std::string m_file;
-  std::uint64_t m_faults = 0;
+  FaultLines m_lines;
 };
 
-/// A `FaultPrinter` that prints what else there is, block by block.
+/// A `FaultPrinter` that prints what else there is.
 class Dumper : public FaultPrinter {
  public:
-  void flush() {
-    printResult(m_out);
-    m_out.clear();
-  }
+  void flush() { m_result.flush(); }
 
  protected:
   /// Ends what was appended to `m_out`.
-  void endLine() {
-    m_out += '\n';
-    if (m_out.size() >= kBlockSize) {
-      flush();
-    }
-  }
+  void endLine() { m_result.endLine(); }
 
-  std::string m_out;
+  ResultLines m_result;
+  std::string& m_out = m_result.line();
 };
 
 class TextDumper : public Dumper {

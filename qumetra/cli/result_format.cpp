@@ -10,7 +10,7 @@
 namespace qumetra::cli {
 namespace {
 
-/// What an import stream begins with, whatever its name is. A .qmbin file has no such mark.
+/// What an import stream usually begins with, whatever its name is. No whole .qmbin file does.
 constexpr std::string_view kImportStreamMark{"\x00\x00\x00\x08", 4};
 
 bool isImportStream(const std::string& file) {
@@ -21,18 +21,27 @@ bool isImportStream(const std::string& file) {
          std::string_view(start.data(), start.size()) == kImportStreamMark;
 }
 
+ResultFormat formatOfFile(const std::string& file) {
+  const std::filesystem::path suffix = std::filesystem::path(file).extension();
+  if (suffix == ".pwr" || isImportStream(file)) {
+    return ResultFormat::Pwr;
+  }
+  if (suffix == ".qmbin") {
+    return ResultFormat::Qmbin;
+  }
+  throw UsageError(file + ": not a result that can be read back; expected a .qmbin or .pwr file");
+}
+
 }  // namespace
 
 ResultFormat formatOf(const std::vector<std::string>& files) {
+  const ResultFormat format = formatOfFile(files.at(0));
   for (const std::string& file : files) {
-    if (isImportStream(file)) {
-      throw UsageError(file + ": an import stream, not a .qmbin file");
-    }
-    if (std::filesystem::path(file).extension() != ".qmbin") {
-      throw UsageError(file + ": not a result that can be read back; expected a .qmbin file");
+    if (formatOfFile(file) != format) {
+      throw UsageError(file + ": not of the same format as " + files[0]);
     }
   }
-  return ResultFormat::Qmbin;
+  return format;
 }
 
 }  // namespace qumetra::cli

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "qumetra/readers/byte_source.h"
-#include "qumetra/readers/qmbin_payload.h"
+#include "qumetra/readers/record_fields.h"
 
 namespace qumetra {
 namespace {
@@ -71,20 +71,20 @@ bool QmbinReader::readRecord(ByteSource& source) {
     fault("the file ends in the head of a record");
     return false;
   }
-  const std::size_t size = QmbinPayload(head, kHeadSize).u16();
+  const std::size_t size = RecordFields(head, kHeadSize).u16();
   const std::size_t got = source.read(m_payload.data(), size);
   if (got < size) {
     fault("the file ends in a record: " + std::to_string(got) + " of " + std::to_string(size) +
           " bytes are there");
     return false;
   }
-  QmbinPayload payload(m_payload.data(), size);
+  RecordFields payload(m_payload.data(), size);
   takeRecord(static_cast<std::uint8_t>(head[2]), payload);
   m_offset += kHeadSize + size;
   return true;
 }
 
-void QmbinReader::takeRecord(std::uint8_t type, QmbinPayload& payload) {
+void QmbinReader::takeRecord(std::uint8_t type, RecordFields& payload) {
   switch (type) {
     case kText:
       return takeText(payload);
@@ -101,7 +101,7 @@ void QmbinReader::takeRecord(std::uint8_t type, QmbinPayload& payload) {
   }
 }
 
-void QmbinReader::takeText(QmbinPayload& payload) {
+void QmbinReader::takeText(RecordFields& payload) {
   const std::size_t length = payload.peekU16(kTextLengthPlace);
   if (!hasSize(payload, kTextSize + length, "text")) {
     return;
@@ -116,7 +116,7 @@ void QmbinReader::takeText(QmbinPayload& payload) {
   m_visitor.text(index, place->second);
 }
 
-void QmbinReader::takeSystem(QmbinPayload& payload) {
+void QmbinReader::takeSystem(RecordFields& payload) {
   if (!hasSize(payload, kSystemSize, "system")) {
     return;
   }
@@ -147,7 +147,7 @@ void QmbinReader::takeSystem(QmbinPayload& payload) {
   m_visitor.system(system);
 }
 
-void QmbinReader::takeDescriptor(QmbinPayload& payload) {
+void QmbinReader::takeDescriptor(RecordFields& payload) {
   if (!hasSize(payload, kDescriptorSize, "descriptor")) {
     return;
   }
@@ -165,7 +165,7 @@ void QmbinReader::takeDescriptor(QmbinPayload& payload) {
   m_visitor.descriptor(place->second);
 }
 
-QmbinMetric QmbinReader::metricHead(QmbinPayload& payload) {
+QmbinMetric QmbinReader::metricHead(RecordFields& payload) {
   QmbinMetric metric;
   metric.id = payload.u32();
   metric.group = textOf(payload, "metric's group");
@@ -183,7 +183,7 @@ QmbinMetric QmbinReader::metricHead(QmbinPayload& payload) {
   return metric;
 }
 
-void QmbinReader::takeMetric(QmbinPayload& payload) {
+void QmbinReader::takeMetric(RecordFields& payload) {
   const std::size_t columns = payload.peekU16(kColumnCountPlace);
   const std::size_t items = payload.peekU16(kMetadataCountPlace);
   if (!hasSize(payload, kMetricSize + kColumnSize * columns + kMetadataSize * items, "metric")) {
@@ -213,7 +213,7 @@ void QmbinReader::takeMetric(QmbinPayload& payload) {
   m_visitor.metric(place->second);
 }
 
-void QmbinReader::takeSample(QmbinPayload& payload) {
+void QmbinReader::takeSample(RecordFields& payload) {
   if (!hasSize(payload, kSampleSize, "sample")) {
     return;
   }
@@ -234,7 +234,7 @@ void QmbinReader::takeSample(QmbinPayload& payload) {
   m_visitor.sample(sample);
 }
 
-bool QmbinReader::hasSize(const QmbinPayload& payload, std::size_t wanted, const char* record) {
+bool QmbinReader::hasSize(const RecordFields& payload, std::size_t wanted, const char* record) {
   if (payload.size() == wanted) {
     return true;
   }
@@ -243,7 +243,7 @@ bool QmbinReader::hasSize(const QmbinPayload& payload, std::size_t wanted, const
   return false;
 }
 
-const std::string& QmbinReader::textOf(QmbinPayload& payload, const char* what) {
+const std::string& QmbinReader::textOf(RecordFields& payload, const char* what) {
   const std::string* const text = findText(payload.u16(), what);
   return text == nullptr ? kNoText : *text;
 }

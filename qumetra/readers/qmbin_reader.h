@@ -12,7 +12,7 @@
 namespace qumetra {
 
 class ByteSource;
-class QmbinPayload;
+class RecordFields;
 
 /// Gets what a reader finds, in the order of the file. By default nothing happens.
 class QmbinVisitor {
@@ -62,15 +62,15 @@ class QmbinReader {
 
  private:
   bool readRecord(ByteSource& source);
-  void takeRecord(std::uint8_t type, QmbinPayload& payload);
-  void takeText(QmbinPayload& payload);
-  void takeSystem(QmbinPayload& payload);
-  void takeDescriptor(QmbinPayload& payload);
-  void takeMetric(QmbinPayload& payload);
-  QmbinMetric metricHead(QmbinPayload& payload);
-  void takeSample(QmbinPayload& payload);
-  bool hasSize(const QmbinPayload& payload, std::size_t wanted, const char* record);
-  const std::string& textOf(QmbinPayload& payload, const char* what);
+  void takeRecord(std::uint8_t type, RecordFields& payload);
+  void takeText(RecordFields& payload);
+  void takeSystem(RecordFields& payload);
+  void takeDescriptor(RecordFields& payload);
+  void takeMetric(RecordFields& payload);
+  QmbinMetric metricHead(RecordFields& payload);
+  void takeSample(RecordFields& payload);
+  bool hasSize(const RecordFields& payload, std::size_t wanted, const char* record);
+  const std::string& textOf(RecordFields& payload, const char* what);
   const std::string* findText(std::uint16_t index, const char* what);
   const QmbinDescriptor* findDescriptor(std::uint16_t index);
   void fault(const std::string& what);
