@@ -93,15 +93,21 @@ class CountingChecker : public PwrChecker {
   void record(const PwrRecord& record) override {
     m_metrics += std::holds_alternative<PwrMetric>(record.body) ? 1U : 0U;
     m_samples += std::holds_alternative<PwrSample>(record.body) ? 1U : 0U;
+    m_wakelocks += std::holds_alternative<PwrKernelWakelock>(record.body) ||
+                           std::holds_alternative<PwrUserWakelock>(record.body)
+                       ? 1U
+                       : 0U;
     PwrChecker::record(record);
   }
 
   std::uint64_t metrics() const { return m_metrics; }
   std::uint64_t samples() const { return m_samples; }
+  std::uint64_t wakelocks() const { return m_wakelocks; }
 
  private:
   std::uint64_t m_metrics = 0;
   std::uint64_t m_samples = 0;
+  std::uint64_t m_wakelocks = 0;
 };
 
 bool checkFile(const std::string& file) {
@@ -112,8 +118,9 @@ bool checkFile(const std::string& file) {
   const PwrCounts counts = reader.read(source);
   checker.end(counts.end);
   findings.end();
-  printResult(fmt::format("{}: {} records, {} metrics, {} samples, {}\n", file, counts.records,
-                          checker.metrics(), checker.samples(), findings.summary()));
+  printResult(fmt::format("{}: {} records, {} metrics, {} samples, {} wakelock records, {}\n", file,
+                          counts.records, checker.metrics(), checker.samples(), checker.wakelocks(),
+                          findings.summary()));
   return !findings.hasFault();
 }
 

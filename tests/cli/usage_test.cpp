@@ -34,6 +34,8 @@ TEST(Usage, EveryCommandHasHelp) {
   EXPECT_THAT(Tool().run({"replay", "--help"}).out, HasSubstr("qumetra replay run.qmrec"));
   EXPECT_THAT(Tool().run({"writers", "--help"}).out, HasSubstr("--json"));
   EXPECT_THAT(Tool().run({"platform", "--help"}).out, HasSubstr("--json"));
+  EXPECT_THAT(Tool().run({"dump", "--help"}).out, HasSubstr("A .pwr file, or a .qmbin file"));
+  EXPECT_THAT(Tool().run({"check", "--help"}).out, HasSubstr("1 a .pwr file is faulty"));
 }
 
 TEST(Usage, VersionIsPrintedBeforeAndAfterTheCommand) {
