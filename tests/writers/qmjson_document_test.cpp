@@ -51,7 +51,9 @@ TEST_F(QmjsonDocument, HeadTellsFormatAndSystem) {
   system.m_firstTimestamp = 5;
   system.m_lastTimestamp = 18446744073709551615U;
   system.m_collectionDurationSec = 0.1;
-  m_writer.writeMessage(m_world.systemMessage());
+  for (int i = 0; i < 2; ++i) {
+    m_writer.writeMessage(m_world.systemMessage());
+  }
   EXPECT_EQ(m_writer.fini(), 0);
   EXPECT_EQ(readFile(file()),
             R"({"fileType":"qumetra","version":{"major":1,"minor":0,"rev":0},"systemMetaData":{)"
@@ -201,7 +203,10 @@ TEST_F(QmjsonDocument, MetricsOfOneNameAreOneCategory) {
 
 TEST_F(QmjsonDocument, DeclaredStatesHaveTheLowIdsAndAllAreSorted) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_RESIDENCY);
+  pwr::DataDescriptor* nameless = m_world.descriptor("no attribute in its entry");
+  nameless->addAttributeValue(nullptr, Data(std::string("C1")));
   metric.states = {Data::fromHandle(m_world.descriptor("x", Data(std::string("C10")))),
+                   Data::fromHandle(nameless),
                    Data::fromHandle(m_world.descriptor("no attribute")),
                    Data::fromHandle(nullptr),
                    Data::fromHandle(m_world.falseDescriptor()),
