@@ -51,6 +51,28 @@ TEST(StateOrder, NothingSharedLeavesTheOrder) {
   EXPECT_EQ(sorted({"Idle", "Active"}), (States{"Idle", "Active"}));
 }
 
+/// Names of two letters, none of which begins another.
+States manyNames(const std::string& beginning) {
+  States names;
+  for (char c = 'a'; c <= 'z'; ++c) {
+    names.push_back(beginning + std::string(2, c));
+  }
+  return names;
+}
+
+TEST(StateOrder, ManyNamesOfNothingSharedKeepTheirOrder) {
+  EXPECT_EQ(sorted(manyNames("")), manyNames(""));
+}
+
+TEST(StateOrder, ManyRestsThatAreNoNumbersEndAsEqualsDo) {
+  // The sort moves equals about where there are more than sixteen.
+  States expected = manyNames("S");
+  std::sort(expected.begin(), expected.end(),
+            [](const std::string&, const std::string&) { return false; });
+  EXPECT_NE(expected, manyNames("S"));
+  EXPECT_EQ(sorted(manyNames("S")), expected);
+}
+
 TEST(StateOrder, RestsThatAreNoNumbersLeaveTheOrder) {
   EXPECT_EQ(sorted({"Alpha", "Ahead"}), (States{"Alpha", "Ahead"}));
 }
