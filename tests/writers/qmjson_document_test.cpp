@@ -35,6 +35,11 @@ TEST_F(QmjsonDocument, EmptyModelIsAWholeDocument) {
 TEST_F(QmjsonDocument, HeadTellsFormatAndSystem) {
   auto& cpu = m_world.model().addCpuMetadata();
   cpu.m_cpuWords = {100.25F, 400.0F, 3000.0F, 2600.0F, 7, 0};
+  // One package of two modules, with three cores of which one has two threads.
+  cpu.m_topology.addThread({0, 0, 0, 0});
+  cpu.m_topology.addThread({0, 0, 1, 1});
+  cpu.m_topology.addThread({0, 1, 2, 2});
+  cpu.m_topology.addThread({0, 1, 2, 3});
   auto& system = m_world.system();
   system.m_platformMetadata[1] = &cpu;
   system.m_platformName = "P";
@@ -51,13 +56,15 @@ TEST_F(QmjsonDocument, HeadTellsFormatAndSystem) {
   system.m_firstTimestamp = 5;
   system.m_lastTimestamp = 18446744073709551615U;
   system.m_collectionDurationSec = 0.1;
-  m_writer.writeMessage(m_world.systemMessage());
+  for (int i = 0; i < 2; ++i) {
+    m_writer.writeMessage(m_world.systemMessage());
+  }
   EXPECT_EQ(m_writer.fini(), 0);
   EXPECT_EQ(readFile(file()),
             R"({"fileType":"qumetra","version":{"major":1,"minor":0,"rev":0},"systemMetaData":{)"
             R"("platform":{"Platform ID":7,"Platform Name":"P","CPU Name":"Code",)"
-            R"("CPU Native Name":"Native","PCH Name":"Hub","Host Name":"host","Num Packages":0,)"
-            R"("Num Modules":0,"Num Cores":0,"Num Threads":0,"HFM Frequency MHz":3000.0,)"
+            R"("CPU Native Name":"Native","PCH Name":"Hub","Host Name":"host","Num Packages":1,)"
+            R"("Num Modules":2,"Num Cores":3,"Num Threads":4,"HFM Frequency MHz":3000.0,)"
             R"("LFM Frequency MHz":400.0,"CPU Frequency MHz":2600.0,"Bus Frequency MHz":100.25},)"
             R"("os":{"OS Name":"OS","OS Type":"x86_64","OS Version":"6"},)"
             R"("qumetra":{"Qumetra Version":"1.2.3","Qumetra Driver Version":"65535.255.0",)"
@@ -167,6 +174,12 @@ TEST_F(QmjsonDocument, QuantityOfARateIsItselfOne) {
   EXPECT_EQ(points(), R"([{"x":999,"x1":1000,"y":3000000.0}])");
 }
 
+TEST_F(QmjsonDocument, RateHoldsForBothEndsOfARange) {
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA, rateOf(0.5));
+  sample(metric, Data::fromUIntRange({3, 4}));
+  EXPECT_EQ(points(), R"([{"x":750,"x1":1000,"y":6000.0,"y1":8000.0}])");
+}
+
 TEST_F(QmjsonDocument, RateHoldsForPlainSeriesBesideAFirstOneOfStates) {
   // A text makes the first series one of states; the other entity has numbers.
   Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE, rateOf(0.5));
@@ -201,7 +214,10 @@ TEST_F(QmjsonDocument, MetricsOfOneNameAreOneCategory) {
 
 TEST_F(QmjsonDocument, DeclaredStatesHaveTheLowIdsAndAllAreSorted) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_RESIDENCY);
+  pwr::DataDescriptor* nameless = m_world.descriptor("no attribute in its entry");
+  nameless->addAttributeValue(nullptr, Data(std::string("C1")));
   metric.states = {Data::fromHandle(m_world.descriptor("x", Data(std::string("C10")))),
+                   Data::fromHandle(nameless),
                    Data::fromHandle(m_world.descriptor("no attribute")),
                    Data::fromHandle(nullptr),
                    Data::fromHandle(m_world.falseDescriptor()),

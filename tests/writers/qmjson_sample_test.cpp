@@ -101,6 +101,15 @@ TEST_F(QmjsonSample, TimesAreComputedInSinglePrecision) {
   EXPECT_EQ(points(), R"([{"x":5102366612,"x1":5144033280,"y":1.0}])");
 }
 
+TEST_F(QmjsonSample, TicksAreRoundedBeforeTheyAreScaled) {
+  m_world.system().m_timestampFrequency = 3.0F;
+  m_writer.writeMessage(m_world.systemMessage());
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
+  // One more than 2^24, which a float does not hold; scaled as it is it would give 5592406.
+  give(m_writer, metric, 16'777'217, {m_world.element(m_entity, nullptr, Data(1.0))});
+  EXPECT_EQ(points(), R"([{"x":5592404,"x1":5592405,"y":1.0}])");
+}
+
 TEST_F(QmjsonSample, ElementLongerThanTheRunWrapsItsStart) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA);
   give(m_writer, metric, 10, {m_world.element(m_entity, nullptr, Data(1.0), 20)});
@@ -160,6 +169,22 @@ TEST_F(QmjsonSample, SampledStringIsAStateThatCountsForItsDuration) {
   const std::string text = data();
   EXPECT_NE(text.find(R"("states":["busy"])"), std::string::npos);
   EXPECT_NE(text.find(R"("y":{"0":250.0})"), std::string::npos);
+}
+
+TEST_F(QmjsonSample, StateIsTheTextOfTheFirstAttribute) {
+  sample(Metric::SAMPLED_RESIDENCY, Data(1.0), m_world.descriptor("C1", Data(800UL)));
+  EXPECT_NE(data().find(R"("states":["800"])"), std::string::npos);
+}
+
+TEST_F(QmjsonSample, AttributeWithoutATextFallsBackToTheName) {
+  sample(Metric::SAMPLED_RESIDENCY, Data(1.0),
+         m_world.descriptor("C1", Data::fromHandle(m_entity)));
+  EXPECT_NE(data().find(R"("states":["C1"])"), std::string::npos);
+}
+
+TEST_F(QmjsonSample, TracedDescriptorIsAStateByItsFirstAttribute) {
+  sample(Metric::TRACED_EVENT, Data::fromHandle(m_world.descriptor("wake", Data(7UL))));
+  EXPECT_NE(data().find(R"("states":["7"])"), std::string::npos);
 }
 
 TEST_F(QmjsonSample, SampledDescriptorIsAStateByItsName) {
@@ -228,7 +253,7 @@ TEST_F(QmjsonSample, NumberThatJsonLacksLeavesItsKeyWithoutAValue) {
 TEST_F(QmjsonSample, IdIsTheSumOfHashAndPackedIds) {
   Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
   metric.metricId = 7;
-  const auto& entity = m_world.model().addEntity({.name = "a\xff", .id = 0x500000003});
+  const auto& entity = m_world.model().addEntity({.name = "a\xff", .id = 0x800000003});
   const auto* element = m_world.element(&entity, nullptr, Data(1.0));
   // 97 * 101 - 1: the second byte counts as -1. Only the low half of the entity's id counts.
   EXPECT_EQ(m_writer.addSeries("k", "a\xff", metric, element, false), 9796U + 0x700000003U);

@@ -94,6 +94,8 @@ TEST(Series, TellsWhatItWasMadeFrom) {
 TEST(Series, TypeIsOneByteWide) {
   EXPECT_EQ(makeSeries(static_cast<pwr::Metric::MetricType>(0x102)).getType(),
             pwr::Metric::SAMPLED_VALUE);
+  const auto wide = static_cast<pwr::Metric::MetricType>(0xff);
+  EXPECT_EQ(makeSeries(wide).getType(), wide);
 }
 
 TEST(Series, StateAddedTwiceHasOneId) {
@@ -175,6 +177,7 @@ TEST(Series, UpdatingStatesLeavesTheNextIdAlone) {
   Ids ids{{"a", 0}, {"b", 1}};
   series.updateStates(ids);
   EXPECT_EQ(series.getStateId("c"), 1U);
+  EXPECT_EQ(series.getStateId("d"), 2U);
 }
 
 TEST(Series, IdsBeyondTheNumberOfStatesDoNoHarm) {
