@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -62,7 +61,7 @@ struct EntityTrack {
 
 /// A metric under one of its names: keys are made of names, and a metric may change its name.
 struct MetricTrack {
-  std::uint64_t id = 0;
+  std::uint32_t id = 0;
   std::string name;
   std::string key;
   bool isUnsupported = false;
@@ -91,7 +90,8 @@ struct QuantityTrack {
 
 /// Objects are known by their addresses, which serve for one run: `clear` before the next.
 struct SampleCache {
-  std::unordered_map<std::uint64_t, std::vector<std::unique_ptr<MetricTrack>>> metrics;
+  /// By id, then by name: there may be as many names as messages.
+  std::unordered_map<std::uint32_t, std::unordered_map<std::string, MetricTrack>> metrics;
   /// The track that was asked for last; a message asks more than once.
   MetricTrack* lastMetric = nullptr;
   std::unordered_map<const pwr::DataDescriptor*, DescriptorTrack> descriptors;
