@@ -140,6 +140,15 @@ TEST_F(KeltoMetadata, SameNodeIsWrittenOnce) {
   EXPECT_EQ(added().size(), 2 * once.size());
 }
 
+TEST_F(KeltoMetadata, NodeIsKnownByAllThatMakesItUp) {
+  m_writer.writeInfoMetadataHelper("kind", 3, "long", "sh", "d", 5, ~std::uint64_t{0}, -1);
+  const std::string key =
+      "infotype:kind_longname:long_shortname:sh_description:d_value:5_uid:18446744073709551615_"
+      "parent_uid:-1";
+  ASSERT_TRUE(m_writer.infoRecordIds.contains(key));
+  EXPECT_EQ(m_writer.infoRecordIds.at(key), 5);
+}
+
 TEST_F(KeltoMetadata, MetricNameOf200CharactersIsTooLong) {
   m_writer.tabGroupIds[7] = 1;
   m_writer.timelineGroupIds[7] = 2;
@@ -194,7 +203,8 @@ TEST_P(KeltoMetricType, HasItsNumber) {
 
 INSTANTIATE_TEST_SUITE_P(All, KeltoMetricType,
                          ::testing::Values(std::pair(0U, 8), std::pair(1U, 4), std::pair(2U, 5),
-                                           std::pair(3U, 7), std::pair(4U, 9), std::pair(5U, 10)));
+                                           std::pair(3U, 7), std::pair(4U, 9), std::pair(5U, 10),
+                                           std::pair(0x100000002U, 10)));
 
 TEST_F(KeltoMetadata, SetValueHintMakesTypeSix) {
   m_metric.metricType = pwr::Metric::SAMPLED_VALUE;

@@ -238,6 +238,20 @@ TEST_F(KeltoSample, StateOfAnotherDescriptorKeepsTheFirstId) {
   EXPECT_EQ(nodes("field").size(), 1U);
 }
 
+TEST_F(KeltoSample, StateKnownFromOnePlaceHasItsIdsInAnother) {
+  pwr::EntityHandle& core = entity("Core");
+  pwr::DataDescriptor& c1 = descriptor("C1");
+  pwr::DataDescriptor& c6 = descriptor("C6");
+  deliver(2000, {element(core, &c1, pwr::Data(1UL)), element(core, &c6, pwr::Data(2UL))});
+  deliver(3000, {element(core, &c6, pwr::Data(3UL))});
+  EXPECT_EQ(lastSample(), joined({plainAttributes(core, c6, 0, 3)}));
+  m_metric.metricId = 8;
+  deliver(3000, {element(core, &c6, pwr::Data(4UL))});
+  Attributes expected = joined({plainAttributes(core, c6, 0, 4)});
+  expected[0].second = 8;
+  EXPECT_EQ(lastSample(8), expected);
+}
+
 TEST_F(KeltoSample, UnnamedStateIsNA) {
   ASSERT_EQ(deliver(2000, {element(entity("Core"), &descriptor(""), pwr::Data(1UL))}), 0);
   EXPECT_EQ(nodes("field")[0].longName, "NA");
