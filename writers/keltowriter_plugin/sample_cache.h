@@ -73,6 +73,13 @@ struct MetricTrack {
   std::vector<StateGuess> lastStates;
 };
 
+/// The tracks of a metric. There may be as many names as messages, though most metrics have one.
+struct MetricTracks {
+  std::unordered_map<std::string, MetricTrack> byName;
+  /// Null before the first.
+  MetricTrack* last = nullptr;
+};
+
 /// A descriptor's name, and the ids of its state where they are known and depend on the name only.
 struct DescriptorTrack {
   /// "NA" for a descriptor without a name.
@@ -90,8 +97,8 @@ struct QuantityTrack {
 
 /// Objects are known by their addresses, which serve for one run: `clear` before the next.
 struct SampleCache {
-  /// By id, then by name: there may be as many names as messages.
-  std::unordered_map<std::uint32_t, std::unordered_map<std::string, MetricTrack>> metrics;
+  /// By id.
+  std::unordered_map<std::uint32_t, MetricTracks> metrics;
   /// The track that was asked for last; a message asks more than once.
   MetricTrack* lastMetric = nullptr;
   std::unordered_map<const pwr::DataDescriptor*, DescriptorTrack> descriptors;

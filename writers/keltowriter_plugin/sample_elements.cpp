@@ -139,7 +139,16 @@ kelto::MetricTrack& KeltoWriter::trackOf(const pwr::Metric& metric) {
   if (last != nullptr && last->id == metric.metricId && last->name == metric.name) {
     return *last;
   }
-  const auto [entry, isNew] = m_cache.metrics[metric.metricId].try_emplace(metric.name);
+  kelto::MetricTracks& tracks = m_cache.metrics[metric.metricId];
+  if (tracks.last == nullptr || tracks.last->name != metric.name) {
+    tracks.last = &trackByName(metric, tracks);
+  }
+  return *(last = tracks.last);
+}
+
+kelto::MetricTrack& KeltoWriter::trackByName(const pwr::Metric& metric,
+                                             kelto::MetricTracks& tracks) const {
+  const auto [entry, isNew] = tracks.byName.try_emplace(metric.name);
   kelto::MetricTrack& track = entry->second;
   if (isNew) {
     track.id = metric.metricId;
@@ -147,7 +156,7 @@ kelto::MetricTrack& KeltoWriter::trackOf(const pwr::Metric& metric) {
     track.key = getNameIdKey(metric.name, metric.metricId);
     track.isUnsupported = isUnsupported(metric.name);
   }
-  return *(last = &track);
+  return track;
 }
 
 /// Sorts the sample's elements by entity. What they name stays as it was in `m_sample`.
