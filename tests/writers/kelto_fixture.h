@@ -112,6 +112,7 @@ class OpenKeltoWriter : public KeltoWriter {
   using KeltoWriter::entityParents;
   using KeltoWriter::fieldIds;
   using KeltoWriter::impl;
+  using KeltoWriter::infoRecordIds;
   using KeltoWriter::infoTypeIds;
   using KeltoWriter::legacy;
   using KeltoWriter::metricNames;
@@ -134,6 +135,7 @@ class OpenKeltoWriter : public KeltoWriter {
     KeltoWriterImpl::m_wasFileOpened = false;
     m_processes.clear();
     m_threads.clear();
+    processKeysByPid.clear();
     coreThreadCount.clear();
   }
 };

@@ -152,6 +152,24 @@ TEST_F(KeltoProcesses, ThreadThatStartedWithItsProcessDoesNotTakeItsEnd) {
   EXPECT_EQ(number(atTheEnd(), 35 + 20, 8), kStop);
 }
 
+TEST_F(KeltoProcesses, ThreadOfAPidUsedAgainTakesTheEndOfTheFirstProcessByKey) {
+  mention(process(1, "b", 1500, 5000));
+  mention(process(1, "a", 2500, 6000));
+  mention(process(2, "0", 1500, 7000));
+  mention(thread(3, 1, 3000));
+  mention(thread(4, 1, 2000));
+  const std::string end = atTheEnd();
+  constexpr std::size_t kProcessEnds = 3 * 34;
+  EXPECT_EQ(number(end, kProcessEnds + 20, 8), 6000U);
+  EXPECT_EQ(number(end, kProcessEnds + 28 + 20, 8), 5000U);
+}
+
+TEST_F(KeltoProcesses, CollectionEndsWhenTheSystemMessageSaidSo) {
+  m_metadata.m_lastTimestamp = kStop + 1;
+  mention(process(1, "sh", 2000));
+  EXPECT_EQ(number(atTheEnd(), 20, 8), kStop);
+}
+
 TEST_F(KeltoProcesses, PathOf29CharactersFits) {
   EXPECT_EQ(mention(process(1, std::string(29, 'p'), 2000)), 0);
   EXPECT_EQ(added().size(), 62U);

@@ -308,6 +308,23 @@ TEST_F(KeltoStream, SampleBeforeTheSystemMessageRefusesItsMetric) {
   EXPECT_EQ(m_writer.impl->stores.size(), 2U);
 }
 
+TEST_F(KeltoStream, SecondSystemMessageOpensAStreamOfItsOwn) {
+  deliverSystem();
+  const std::string first = stream(kSystem);
+  m_metadata.m_firstTimestamp = 5000;
+  pwr::SystemMessage message;
+  message.m_id = 2;
+  message.m_metadata = &m_metadata;
+  EXPECT_EQ(m_writer.writeMessage(message), 0);
+  EXPECT_EQ(stream(kSystem), first);
+  // Magic, collection, system, hardware, marker, threshold and the six metric types; their kind has
+  // been declared.
+  EXPECT_EQ(records(2).size(), 6U + 6U);
+  EXPECT_EQ(deliverPlain(4999), 1);
+  m_metric.metricId = 8;
+  EXPECT_EQ(deliverPlain(5001), 0);
+}
+
 // Records on their way into a store.
 
 TEST_F(KeltoStream, AbandonedResultTakesNoRecordAndSaysNothing) {
@@ -362,6 +379,15 @@ TEST_F(KeltoStream, FullTempDiskRefusesTheMetric) {
 }
 
 // Stores on their way into the file.
+
+TEST_F(KeltoStream, FlushAppendsTheStoreAndSucceeds) {
+  m_writer.writeRecord(3, "record", 6);
+  std::FILE* const file = std::fopen(m_area.file("out").c_str(), "wb");
+  std::fputs("head ", file);
+  EXPECT_EQ(m_writer.impl->findStore(3)->flush(file), 0);
+  std::fclose(file);
+  EXPECT_EQ(qumetra::test::readFile(m_area.file("out")), "head record");
+}
 
 TEST_F(KeltoStream, NoFileToFlushToIsAFailure) {
   EXPECT_EQ(m_writer.impl->getBackingStore("name", 3)->flush(nullptr), 1);

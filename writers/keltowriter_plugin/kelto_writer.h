@@ -281,6 +281,7 @@ class KeltoWriter : public WriterPlugin {
 
   // Samples.
   kelto::MetricTrack& trackOf(const pwr::Metric& metric);
+  kelto::MetricTrack& trackByName(const pwr::Metric& metric, kelto::MetricTracks& tracks) const;
   int takeElements(const pwr::Metric& metric, kelto::MetricTrack& track, std::uint16_t& hint);
   int checkTsc(std::uint64_t tsc, std::map<std::string, std::uint64_t>::value_type& previous);
   int writeSample(const pwr::Metric& metric, kelto::MetricTrack& track);

@@ -1,7 +1,6 @@
 // Process and thread records: a start record at the first mention, an end record at the end.
 #include "writers/keltowriter_plugin/processes.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -14,6 +13,7 @@
 
 std::map<std::string, std::pair<const pwr::Process*, KeltoProcess>> m_processes;
 std::map<std::string, std::pair<const pwr::Thread*, KeltoThread>> m_threads;
+std::map<std::uint32_t, std::set<std::string>> processKeysByPid;
 
 namespace {
 
@@ -49,16 +49,20 @@ std::string threadKey(const pwr::Thread& thread) {
 }
 
 /// When the thread's process ended, if that is known to have been during the thread's life; else
-/// `lastTsc`. REQUIRES: end records of processes are written before those of threads.
+/// `lastTsc`. Of several processes that had the pid the first by its key counts. REQUIRES: end
+/// records of processes are written before those of threads.
 std::uint64_t inheritedEnd(const pwr::Thread& thread, std::uint64_t lastTsc) {
-  const auto holder =
-      std::find_if(m_processes.begin(), m_processes.end(), [&thread](const auto& entry) {
-        const auto& [process, record] = entry.second;
-        return process->getPid() == thread.getPid() &&
-               process->getStartTime() < thread.getStartTime() &&
-               record.time > thread.getStartTime();
-      });
-  return holder == m_processes.end() ? lastTsc : holder->second.second.time;
+  const auto keys = processKeysByPid.find(thread.getPid());
+  if (keys == processKeysByPid.end()) {
+    return lastTsc;
+  }
+  for (const std::string& key : keys->second) {
+    const auto& [process, record] = m_processes.at(key);
+    if (process->getStartTime() < thread.getStartTime() && record.time > thread.getStartTime()) {
+      return record.time;
+    }
+  }
+  return lastTsc;
 }
 
 }  // namespace
@@ -83,6 +87,7 @@ int KeltoWriter::handleProcessInfo(const pwr::Process* process, bool isStart) {
   if (writeProcessSample(record) != 0) {
     return kelto::failure("Unable to write process record.\n");
   }
+  processKeysByPid[record.pid].insert(key);
   m_processes[key] = {process, std::move(record)};
   return 0;
 }

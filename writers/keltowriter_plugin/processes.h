@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -35,5 +36,7 @@ struct KeltoThread {
 /// live until the process ends, since these tables do.
 extern std::map<std::string, std::pair<const pwr::Process*, KeltoProcess>> m_processes;
 extern std::map<std::string, std::pair<const pwr::Thread*, KeltoThread>> m_threads;
+/// The keys of `m_processes` by pid: a thread asks for the processes that could be its own.
+extern std::map<std::uint32_t, std::set<std::string>> processKeysByPid;
 
 #pragma GCC visibility pop

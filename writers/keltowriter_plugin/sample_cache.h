@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -62,7 +61,7 @@ struct EntityTrack {
 
 /// A metric under one of its names: keys are made of names, and a metric may change its name.
 struct MetricTrack {
-  std::uint64_t id = 0;
+  std::uint32_t id = 0;
   std::string name;
   std::string key;
   bool isUnsupported = false;
@@ -72,6 +71,13 @@ struct MetricTrack {
   /// same.
   std::vector<std::uint32_t> lastSample;
   std::vector<StateGuess> lastStates;
+};
+
+/// The tracks of a metric. There may be as many names as messages, though most metrics have one.
+struct MetricTracks {
+  std::unordered_map<std::string, MetricTrack> byName;
+  /// Null before the first.
+  MetricTrack* last = nullptr;
 };
 
 /// A descriptor's name, and the ids of its state where they are known and depend on the name only.
@@ -91,7 +97,8 @@ struct QuantityTrack {
 
 /// Objects are known by their addresses, which serve for one run: `clear` before the next.
 struct SampleCache {
-  std::unordered_map<std::uint64_t, std::vector<std::unique_ptr<MetricTrack>>> metrics;
+  /// By id.
+  std::unordered_map<std::uint32_t, MetricTracks> metrics;
   /// The track that was asked for last; a message asks more than once.
   MetricTrack* lastMetric = nullptr;
   std::unordered_map<const pwr::DataDescriptor*, DescriptorTrack> descriptors;

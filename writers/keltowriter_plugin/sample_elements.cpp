@@ -139,19 +139,24 @@ kelto::MetricTrack& KeltoWriter::trackOf(const pwr::Metric& metric) {
   if (last != nullptr && last->id == metric.metricId && last->name == metric.name) {
     return *last;
   }
-  auto& tracks = m_cache.metrics[metric.metricId];
-  const auto known = std::find_if(tracks.begin(), tracks.end(), [&metric](const auto& track) {
-    return track->name == metric.name;
-  });
-  if (known != tracks.end()) {
-    return *(last = known->get());
+  kelto::MetricTracks& tracks = m_cache.metrics[metric.metricId];
+  if (tracks.last == nullptr || tracks.last->name != metric.name) {
+    tracks.last = &trackByName(metric, tracks);
   }
-  auto track = std::make_unique<kelto::MetricTrack>();
-  track->id = metric.metricId;
-  track->name = metric.name;
-  track->key = getNameIdKey(metric.name, metric.metricId);
-  track->isUnsupported = isUnsupported(metric.name);
-  return *(last = tracks.emplace_back(std::move(track)).get());
+  return *(last = tracks.last);
+}
+
+kelto::MetricTrack& KeltoWriter::trackByName(const pwr::Metric& metric,
+                                             kelto::MetricTracks& tracks) const {
+  const auto [entry, isNew] = tracks.byName.try_emplace(metric.name);
+  kelto::MetricTrack& track = entry->second;
+  if (isNew) {
+    track.id = metric.metricId;
+    track.name = metric.name;
+    track.key = getNameIdKey(metric.name, metric.metricId);
+    track.isUnsupported = isUnsupported(metric.name);
+  }
+  return track;
 }
 
 /// Sorts the sample's elements by entity. What they name stays as it was in `m_sample`.
