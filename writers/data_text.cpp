@@ -9,7 +9,6 @@ namespace {
 std::string text(long value) { return pwr::to_string(value); }
 std::string text(unsigned long value) { return pwr::to_string(value); }
 std::string text(double value) { return pwr::to_string(value); }
-const std::string& text(const std::string& value) { return value; }
 
 template <typename Number>
 std::string text(const std::pair<Number, Number>& range) {
@@ -48,7 +47,7 @@ int getStringFromData_i(const pwr::Data* data, std::string* out) {
     case pwr::Data::kRealRange:
       return convertedText(*data, &pwr::Data::toRealRange, *out);
     case pwr::Data::kString:
-      return convertedText(*data, &pwr::Data::toString, *out);
+      return data->toString(*out);
     default:
       return 1;
   }

@@ -1,12 +1,12 @@
 // Registers that exist in memory only, for tests and rehearsals.
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "qumetra/access/access_place.h"
@@ -61,7 +61,9 @@ class MemoryBackend : public AccessBackend {
   struct Place {
     std::string space;
     std::uint64_t address = 0;
-    auto operator<=>(const Place&) const = default;
+    bool operator<(const Place& other) const {
+      return std::tie(space, address) < std::tie(other.space, other.address);
+    }
   };
 
   static Place placeOf(const PciPlace& place);

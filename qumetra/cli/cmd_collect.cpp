@@ -304,7 +304,8 @@ void addCollectCommand(CLI::App& app, Action& action) {
   command->footer(
       "Examples:\n"
       "  qumetra collect -t 10\n"
-      "  qumetra collect -r sum,int -o results/build -- make -j8\n"
+      "  qumetra collect -r sum,qmjson -o results/build -- make -j8\n"
+      "  qumetra collect -r json,bin --continuous 60\n"
       "  qumetra collect -t 60 --record idle.qmrec\n"
       "\n"
       "With a command, the collection lasts as long as it runs and ends with its status (127 when\n"

@@ -108,15 +108,15 @@ void limitOpenFiles(std::uint64_t openFiles) {
   ::_exit(error == ENOENT ? CommandError::kNotFound : CommandError::kCannotRun);
 }
 
-/// Waits for a child that is about to end.
+/// Waits for a child that has ended or is about to, and lets the system forget it.
 void reap(pid_t pid) {
   while (::waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
   }
 }
 
-int statusOf(int waitStatus) {
+int statusOf(const siginfo_t& info) {
   constexpr int kSignalled = 128;
-  return WIFSIGNALED(waitStatus) ? kSignalled + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
+  return info.si_code == CLD_EXITED ? info.si_status : kSignalled + info.si_status;
 }
 
 int openPidDescriptor(pid_t pid) {
@@ -157,6 +157,9 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
 }
 
 ChildProcess::~ChildProcess() {
+  if (m_status) {
+    reap(m_pid);
+  }
   if (m_descriptor >= 0) {
     ::close(m_descriptor);
   }
@@ -166,11 +169,11 @@ std::optional<int> ChildProcess::poll() {
   if (m_status) {
     return m_status;
   }
-  int status = 0;
-  const pid_t ended = ::waitpid(m_pid, &status, WNOHANG);
-  if (ended == m_pid) {
-    m_status = statusOf(status);
-  } else if (ended < 0 && errno == ECHILD) {
+  siginfo_t info{};
+  const int result = ::waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOHANG | WNOWAIT);
+  if (result == 0 && info.si_pid == m_pid) {
+    m_status = statusOf(info);
+  } else if (result < 0 && errno == ECHILD) {
     // Somebody else took the status, or SIGCHLD is ignored; it cannot be known any more.
     m_status = 0;
   }

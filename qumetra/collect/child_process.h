@@ -15,7 +15,8 @@ namespace qumetra {
 /// are left out.
 using EnvironmentChanges = std::map<std::string, std::optional<std::string>>;
 
-/// A started command. Destroying it leaves the command alone. One thread.
+/// A started command. Destroying it leaves a command that runs alone. One that has ended keeps its
+/// number and its place in procfs until then, so that its last figures can be read. One thread.
 class ChildProcess {
  public:
   /// Starts `command`, its program searched in PATH, with the signal mask empty and the standard

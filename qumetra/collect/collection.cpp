@@ -14,6 +14,7 @@
 #include "qumetra/collect/clock.h"
 #include "qumetra/collect/collector.h"
 #include "qumetra/collect/measurement.h"
+#include "qumetra/collect/measurement_clock.h"
 #include "qumetra/collect/report_texts.h"
 #include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/collect/system_scan.h"
@@ -248,8 +249,11 @@ void Collection::State::noteDoubts(const CollectionOutcome& outcome) {
   if (const auto doubt = fewSamplesLine(outcome)) {
     notice(*doubt, wasShortCommand ? options.remark : options.notice);
   }
-  if (const auto doubt = missedSamplesLine(outcome)) {
-    notice(*doubt, options.notice);
+  for (const auto& doubt :
+       {missedSamplesLine(outcome), leftOutValuesLine(outcome), joinedFlushesLine(outcome)}) {
+    if (doubt) {
+      notice(*doubt, options.notice);
+    }
   }
 }
 
@@ -273,7 +277,11 @@ void Collection::State::start() {
   }
   // After the first reading, so that the whole of the command is measured.
   if (!options.command.empty()) {
+    const std::uint64_t begin = monotonicTicks();
     command.emplace(options.command, options.commandEnvironment, options.commandOpenFiles);
+    for (const auto& collector : collectors) {
+      collector->commandStarted(static_cast<std::uint32_t>(command->pid()), begin);
+    }
   }
   pwr::WriterInterfaceConfigFileParser::instance()->setOrder(
       options.metricOrder ? *options.metricOrder : orderOf(collectors));
@@ -316,7 +324,8 @@ MeasurementEnd Collection::State::measure(TeeSink& sink, RecordingWriter* record
   plan.interval = ticksOf(options.interval);
   plan.flushPeriod = ticksOf(options.flushPeriod);
   plan.isLive = isLive;
-  Measurement measurement(plan, collectors, *metadata, stop);
+  SystemClock clock;
+  Measurement measurement(plan, collectors, *metadata, stop, clock);
   measurement.setProgress(options.progress);
   return measurement.run(sink, recording, command ? &*command : nullptr);
 }

@@ -4,11 +4,16 @@
 
 #include "qumetra/collect/cpu_idle_collector.h"
 #include "qumetra/collect/cpu_time_collector.h"
+#include "qumetra/collect/process_collector.h"
 
 namespace qumetra {
 
 Collector::Collector() = default;
 Collector::~Collector() = default;
+
+void Collector::commandStarted(std::uint32_t /*pid*/, std::uint64_t /*ticks*/) {}
+
+void Collector::tellEnds(MessageSink& /*sink*/) {}
 
 void Collector::announce(MessageSink& sink) {
   for (const auto& metric : m_metrics) {
@@ -21,6 +26,7 @@ void Collector::sample(std::uint64_t now, MessageSink& sink) {
   for (const auto& metric : m_metrics) {
     metric->deliver(now, sink);
   }
+  tellEnds(sink);
 }
 
 void Collector::summarise(SummaryContext& context) {
@@ -39,6 +45,7 @@ std::vector<std::unique_ptr<Collector>> makeCollectors() {
   std::vector<std::unique_ptr<Collector>> collectors;
   collectors.push_back(std::make_unique<CpuTimeCollector>());
   collectors.push_back(std::make_unique<CpuIdleCollector>());
+  collectors.push_back(std::make_unique<ProcessCollector>());
   return collectors;
 }
 

@@ -60,6 +60,9 @@ class Collector {
 
   /// Takes the first reading, which later ones are compared with.
   void start(std::uint64_t now) { read(now); }
+  /// The command under measurement runs as process `pid`, since `ticks` or a little later. Comes,
+  /// if there is a command, between `start` and `announce`. Here: nothing.
+  virtual void commandStarted(std::uint32_t pid, std::uint64_t ticks);
   /// Tells the metrics to `sink`, before the samples.
   void announce(MessageSink& sink);
   /// Reads, and delivers one sample per metric. REQUIRES: started; `now` grows from call to call.
@@ -73,6 +76,9 @@ class Collector {
   /// Reads the source at `now` and sets the values of the metrics for the time since the last
   /// reading; a thing read for the first time gets no value yet.
   virtual void read(std::uint64_t now) = 0;
+  /// Tells `sink` of the processes whose end the last reading saw, after its samples. Here:
+  /// nothing.
+  virtual void tellEnds(MessageSink& sink);
 
   /// Makes a metric, with the next id and this collector's name as its feature.
   SampledMetric& addMetric(CollectorContext& context, MetricSpec spec);

@@ -22,6 +22,17 @@ class IntervalSchedule {
     m_missed += passed;
     m_next += (passed + 1) * m_interval;
   }
+  /// How many deadlines are not after `now`, those that have ended left out.
+  std::uint64_t due(std::uint64_t now) const {
+    return now < m_next ? 0 : (now - m_next) / m_interval + 1;
+  }
+  /// Ends the current deadline; the next one may have passed as well.
+  void step() { m_next += m_interval; }
+  /// Skips and counts `count` deadlines.
+  void skip(std::uint64_t count) {
+    m_missed += count;
+    m_next += count * m_interval;
+  }
   /// How many deadlines were skipped.
   std::uint64_t missed() const { return m_missed; }
 

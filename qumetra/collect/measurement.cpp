@@ -7,8 +7,8 @@
 #include "host/messages.h"
 #include "qumetra/collect/child_process.h"
 #include "qumetra/collect/clock.h"
+#include "qumetra/collect/measurement_clock.h"
 #include "qumetra/collect/tee_sink.h"
-#include "qumetra/collect/wake_up.h"
 #include "qumetra/recording/recording_writer.h"
 
 namespace qumetra {
@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kSyncTicks = kTicksPerSecond;
+/// More periods than these have not passed because a timer was late: the process was stopped, or
+/// making files takes longer than the period.
+constexpr std::uint64_t kMostLateFlushes = 10;
 
 std::uint64_t limitOf(const MeasurementPlan& plan) {
   return plan.duration && *plan.duration < kNever - plan.start ? plan.start + *plan.duration
@@ -26,11 +29,12 @@ std::uint64_t limitOf(const MeasurementPlan& plan) {
 
 Measurement::Measurement(MeasurementPlan plan,
                          const std::vector<std::unique_ptr<Collector>>& collectors,
-                         pwr::SystemMetadata& metadata, StopSignal& stop)
+                         pwr::SystemMetadata& metadata, StopSignal& stop, MeasurementClock& clock)
     : m_plan(plan),
       m_collectors(collectors),
       m_metadata(metadata),
       m_stop(stop),
+      m_clock(clock),
       m_limit(limitOf(plan)),
       m_samples(plan.start, plan.interval),
       m_flushes(plan.start, plan.flushPeriod),
@@ -44,9 +48,10 @@ void Measurement::setProgress(std::function<void(const CollectionProgress&)> pro
 
 MeasurementEnd Measurement::run(TeeSink& sink, RecordingWriter* recording, ChildProcess* command) {
   for (bool over = false; !over;) {
-    waitFor(nextDeadline(), m_stop, command);
-    const std::uint64_t now = std::max(monotonicTicks(), m_end.time + 1);
+    m_clock.waitUntil(nextDeadline(), m_stop, command);
+    const std::uint64_t now = std::max(m_clock.now(), m_end.time + 1);
     over = isOver(now, command);
+    flushLate(now, over, sink);
     if (over || now >= m_samples.next()) {
       takeSamples(now, sink);
       keepRecording(now, recording);
@@ -56,6 +61,8 @@ MeasurementEnd Measurement::run(TeeSink& sink, RecordingWriter* recording, Child
     }
   }
   m_end.outcome.missed = m_samples.missed();
+  m_end.outcome.joinedFlushes = m_flushes.missed();
+  m_end.outcome.leftOutValues = sink.leftOutValues();
   if (m_plan.isLive) {
     flush(m_end.time, sink);
   }
@@ -89,11 +96,28 @@ void Measurement::flush(std::uint64_t now, MessageSink& sink) {
   sink.flush(m_metadata);
 }
 
+std::uint64_t Measurement::dueFlushes(std::uint64_t now) const {
+  const bool hasFlushes = m_plan.isLive && m_plan.flushPeriod > 0;
+  return hasFlushes && m_limit > 0 ? m_flushes.due(std::min(now, m_limit - 1)) : 0;
+}
+
+void Measurement::flushLate(std::uint64_t now, bool isOver, MessageSink& sink) {
+  const std::uint64_t due = dueFlushes(now);
+  // The latest period gets the sample that is taken now, unless the end's own flush takes it.
+  const std::uint64_t late = due > 0 && !isOver ? due - 1 : due;
+  const std::uint64_t served = std::min(late, kMostLateFlushes);
+  m_flushes.skip(late - served);
+  for (std::uint64_t i = 0; i < served; ++i) {
+    flush(m_flushes.next(), sink);
+    m_flushes.step();
+  }
+}
+
 void Measurement::flushWhenDue(std::uint64_t now, MessageSink& sink) {
   const bool isRequested = m_stop.takeFlushRequest();
-  const bool isDue = m_plan.flushPeriod > 0 && now >= m_flushes.next();
+  const bool isDue = dueFlushes(now) > 0;
   if (isDue) {
-    m_flushes.advance(now);
+    m_flushes.step();
   }
   if (m_plan.isLive && (isRequested || isDue)) {
     flush(now, sink);

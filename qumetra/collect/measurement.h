@@ -16,6 +16,7 @@
 namespace qumetra {
 
 class ChildProcess;
+class MeasurementClock;
 class RecordingWriter;
 class TeeSink;
 
@@ -41,10 +42,16 @@ struct MeasurementEnd {
 
 /// Samples all collectors at every deadline and once more at the stop, so that the whole time is
 /// covered: a run shorter than the interval has one sample. Everything given is borrowed.
+///
+/// A live measurement flushes at the end of every period and once more at its own end, which takes
+/// the place of a period's that ends then. However late it is served, each period has a flush of
+/// its own, so that the number of result files follows from the time alone; what is sampled late
+/// comes behind the flushes that it is too late for. Only after a stall of many periods are the
+/// oldest of them joined into one, and counted.
 class Measurement {
  public:
   Measurement(MeasurementPlan plan, const std::vector<std::unique_ptr<Collector>>& collectors,
-              pwr::SystemMetadata& metadata, StopSignal& stop);
+              pwr::SystemMetadata& metadata, StopSignal& stop, MeasurementClock& clock);
 
   void setProgress(std::function<void(const CollectionProgress&)> progress);
 
@@ -57,6 +64,10 @@ class Measurement {
   bool isOver(std::uint64_t now, ChildProcess* command);
   void takeSamples(std::uint64_t now, TeeSink& sink);
   void flush(std::uint64_t now, MessageSink& sink);
+  /// How many flushes are due by `now`. That at the very end is not among them.
+  std::uint64_t dueFlushes(std::uint64_t now) const;
+  /// Flushes for the periods that ended before this sample could be taken.
+  void flushLate(std::uint64_t now, bool isOver, MessageSink& sink);
   void flushWhenDue(std::uint64_t now, MessageSink& sink);
   void keepRecording(std::uint64_t now, RecordingWriter* recording);
   std::uint64_t nextDeadline() const;
@@ -65,6 +76,7 @@ class Measurement {
   const std::vector<std::unique_ptr<Collector>>& m_collectors;
   pwr::SystemMetadata& m_metadata;
   StopSignal& m_stop;
+  MeasurementClock& m_clock;
   std::function<void(const CollectionProgress&)> m_progress;
   std::uint64_t m_limit;
   IntervalSchedule m_samples;

@@ -119,4 +119,24 @@ std::optional<std::string> missedSamplesLine(const CollectionOutcome& outcome) {
       counted(outcome.missed, "sample", "samples"), outcome.missed == 1 ? "was" : "were");
 }
 
+std::optional<std::string> leftOutValuesLine(const CollectionOutcome& outcome) {
+  if (outcome.leftOutValues == 0) {
+    return std::nullopt;
+  }
+  return fmt::format("{} no finite {} and {} left out of the samples",
+                     counted(outcome.leftOutValues, "value was", "values were"),
+                     outcome.leftOutValues == 1 ? "number" : "numbers",
+                     outcome.leftOutValues == 1 ? "is" : "are");
+}
+
+std::optional<std::string> joinedFlushesLine(const CollectionOutcome& outcome) {
+  if (outcome.joinedFlushes == 0) {
+    return std::nullopt;
+  }
+  return fmt::format(
+      "{} came much too late and {} joined with the next; no sample is lost, a longer period helps",
+      counted(outcome.joinedFlushes, "flush", "flushes"),
+      outcome.joinedFlushes == 1 ? "was" : "were");
+}
+
 }  // namespace qumetra

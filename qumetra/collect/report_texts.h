@@ -23,6 +23,10 @@ struct CollectionOutcome {
   /// How often was measured after the first reading, and how often that was left out.
   std::uint64_t moments = 0;
   std::uint64_t missed = 0;
+  /// Values of samples that were left out, being NaN or infinite.
+  std::uint64_t leftOutValues = 0;
+  /// Flushes that were left out, their samples being in the next.
+  std::uint64_t joinedFlushes = 0;
   bool stopped = false;
   std::optional<int> commandStatus = std::nullopt;
 };
@@ -42,5 +46,7 @@ std::vector<std::string> closingLines(const pwr::SystemMetadata& metadata,
 // What makes the numbers doubtful; most often nothing.
 std::optional<std::string> fewSamplesLine(const CollectionOutcome& outcome);
 std::optional<std::string> missedSamplesLine(const CollectionOutcome& outcome);
+std::optional<std::string> leftOutValuesLine(const CollectionOutcome& outcome);
+std::optional<std::string> joinedFlushesLine(const CollectionOutcome& outcome);
 
 }  // namespace qumetra

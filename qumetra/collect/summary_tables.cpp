@@ -1,6 +1,7 @@
 #include "qumetra/collect/summary_tables.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -96,7 +97,11 @@ class RowTable {
 Cell present(std::string text) { return {Cell::State::Present, std::move(text)}; }
 Cell absent() { return {Cell::State::Absent, {}}; }
 
+/// A factor of a recording's quantity may be anything; what is no finite number is no cell.
 Cell fixed(double value, int decimals) {
+  if (!std::isfinite(value)) {
+    return absent();
+  }
   std::string text;
   pwr::appendFixed(text, value, decimals);
   return present(std::move(text));

@@ -34,7 +34,7 @@ struct SummaryContext {
 /// names of both as key columns (the state's only where there are several), the rate per second and
 /// the total. The row of totals has the sums of both.
 ///
-/// What was never measured is an empty cell.
+/// What was never measured, or is no finite number, is an empty cell.
 void deliverSummary(const MetricSpec& spec, const std::vector<SampledMetric::Column>& columns,
                     SummaryContext& context);
 

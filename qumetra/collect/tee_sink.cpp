@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "qumetra/collect/finite_values.h"
+
 namespace qumetra {
 namespace {
 
@@ -34,6 +36,18 @@ void TeeSink::text(const pwr::TextMessage& message) {
 void TeeSink::id(const pwr::IdMessage& message) { giveAll(m_sinks, &MessageSink::id, message); }
 
 void TeeSink::sample(const pwr::Metric& metric) {
+  const std::optional<pwr::Metric> finite = withFiniteValues(metric);
+  if (!finite) {
+    giveSample(metric);
+    return;
+  }
+  m_leftOutValues += metric.getData().elements.size() - finite->getData().elements.size();
+  if (!finite->getData().elements.empty()) {
+    giveSample(*finite);
+  }
+}
+
+void TeeSink::giveSample(const pwr::Metric& metric) {
   ++m_samples;
   giveAll(m_sinks, &MessageSink::sample, metric);
 }

@@ -10,6 +10,9 @@
 namespace qumetra {
 
 /// Gives every message to all of its sinks, in their order. The sinks are borrowed.
+///
+/// It is where a collection's samples leave it: values that are NaN or infinite, which no result
+/// can hold in good order, are left out and counted, and a sample that has only such is not given.
 class TeeSink : public MessageSink {
  public:
   /// Null sinks are left out.
@@ -29,10 +32,15 @@ class TeeSink : public MessageSink {
 
   /// How many samples went through.
   std::uint64_t samples() const { return m_samples; }
+  /// How many values were left out.
+  std::uint64_t leftOutValues() const { return m_leftOutValues; }
 
  private:
+  void giveSample(const pwr::Metric& metric);
+
   std::vector<MessageSink*> m_sinks;
   std::uint64_t m_samples = 0;
+  std::uint64_t m_leftOutValues = 0;
 };
 
 }  // namespace qumetra

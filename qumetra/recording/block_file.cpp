@@ -1,6 +1,8 @@
 #include "qumetra/recording/block_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -32,13 +34,37 @@ int writeAll(std::string_view bytes, Write write) {
   return 0;
 }
 
+bool isRegular(int descriptor) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// False when somebody else has the file locked. A file system without locks refuses nobody.
+bool lock(int descriptor, int kind) {
+  return ::flock(descriptor, kind | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
 }  // namespace
 
+bool isBeingWritten(const std::string& path) {
+  // Without waiting for the other end of a pipe.
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) {
+    return false;
+  }
+  const bool isTaken = isRegular(descriptor) && !lock(descriptor, LOCK_SH);
+  ::close(descriptor);
+  return isTaken;
+}
+
 BlockFile::BlockFile(std::string path) : m_path(std::move(path)) {
-  m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode);
+  // Not truncated before it is locked.
+  m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kMode);
   if (m_descriptor < 0) {
     fail(errno);
+    return;
   }
+  takeOver();
 }
 
 BlockFile::~BlockFile() { close(); }
@@ -87,6 +113,17 @@ void BlockFile::close() {
     fail(errno);
   }
   m_descriptor = -1;
+}
+
+void BlockFile::takeOver() {
+  if (!isRegular(m_descriptor)) {
+    return;
+  }
+  if (!lock(m_descriptor, LOCK_EX)) {
+    m_error = m_path + ": is being written by another process";
+  } else if (::ftruncate(m_descriptor, 0) != 0) {
+    fail(errno);
+  }
 }
 
 void BlockFile::fail(int error) {

@@ -7,12 +7,16 @@
 
 namespace qumetra {
 
+/// Whether a `BlockFile` of this or another process has the regular file open right now.
+bool isBeingWritten(const std::string& path);
+
 /// Collects bytes and hands them to the kernel in large blocks. The first failure sticks: later
 /// calls write nothing. Closing is a call with a result; the destructor only catches a forgotten
 /// one. Not synchronised.
 class BlockFile {
  public:
-  /// Makes or truncates the file.
+  /// Makes or truncates the file. A regular file is locked until it is closed: two that write one
+  /// file at once would damage it, so the second fails, and leaves it as it is.
   explicit BlockFile(std::string path);
   BlockFile(const BlockFile&) = delete;
   BlockFile& operator=(const BlockFile&) = delete;
@@ -33,6 +37,8 @@ class BlockFile {
   const std::string& error() const { return m_error; }
 
  private:
+  /// Locks and empties a regular file; what is none has nothing to keep.
+  void takeOver();
   void fail(int error);
 
   std::string m_path;

@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include "client/src/common/pw_files.h"
+
 namespace qumetra {
 namespace {
 
@@ -98,10 +100,14 @@ pwr::MetricOrder readOrderFile(const std::string& path) {
 
 std::string defaultOrderFile() {
   namespace fs = std::filesystem;
+  std::string toolPath;
+  if (!pwr::getToolPath(toolPath)) {
+    return {};
+  }
+  const fs::path prefix = fs::path(toolPath).parent_path().parent_path();
+  const fs::path file = prefix / QUMETRA_DATADIR / "metric_order.conf";
   std::error_code error;
-  const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  const fs::path file = program.parent_path().parent_path() / QUMETRA_DATADIR / "metric_order.conf";
-  return !error && fs::exists(file, error) ? file.string() : std::string();
+  return fs::exists(file, error) ? file.string() : std::string();
 }
 
 }  // namespace qumetra

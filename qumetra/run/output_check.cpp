@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "qumetra/recording/block_file.h"
 #include "qumetra/run/writer_library.h"
 
 namespace qumetra {
@@ -39,6 +40,9 @@ std::string checkExistingFile(const OutputFile& file, const struct stat& status)
   }
   if (file.mustBeRegular && !S_ISREG(status.st_mode)) {
     return path + ": is no regular file";
+  }
+  if (file.mustBeRegular && isBeingWritten(path)) {
+    return path + ": is being written by another process";
   }
   const int error = accessError(path, W_OK);
   return error != 0 ? reason(path, error) : std::string();

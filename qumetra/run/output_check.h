@@ -13,7 +13,8 @@ struct OutputFile {
   std::string path;
   /// Whether it may be a symbolic link. Writers of results do not follow one.
   bool mayBeLink = false;
-  /// Whether it has to be a regular file, which can be written over in the middle.
+  /// Whether it has to be a regular file, which can be written over in the middle, and which nobody
+  /// else is writing.
   bool mustBeRegular = false;
 };
 

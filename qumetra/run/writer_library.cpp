@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "client/src/common/pw_files.h"
 #include "client/src/common/pw_log.h"
 #include "qumetra/run/guarded_call.h"
 #include "qumetra/run/run_error.h"
@@ -125,13 +126,12 @@ WriterLibrary::~WriterLibrary() = default;
 
 std::string WriterLibrary::defaultPath() {
   namespace fs = std::filesystem;
-  std::error_code error;
-  const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  if (error) {
-    throw RunError(
-        fmt::format("cannot find the writers: reading /proc/self/exe failed: {}", error.message()));
+  std::string toolPath;
+  if (!pwr::getToolPath(toolPath)) {
+    throw RunError("cannot find the writers: the running program's folder is not known");
   }
-  const fs::path here = program.parent_path();
+  const fs::path here = fs::path(toolPath).parent_path();
+  std::error_code error;
   const fs::path candidates[] = {here.parent_path() / "lib" / kLibraryFile,
                                  here.parent_path() / QUMETRA_LIBDIR / kLibraryFile,
                                  here / kLibraryFile};

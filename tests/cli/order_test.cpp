@@ -72,7 +72,8 @@ TEST_F(Order, DefaultFileNamesEveryMetricOfTheCollectors) {
   EXPECT_EQ(0, result.status) << result.err;
   EXPECT_THAT(readFile(m_tool.file("c.qmrec")),
               HasSubstr(R"("metricOrder":{"cpu_idle":["CPU Idle States","CPU Idle State Entries"],)"
-                        R"("cpu_time":["CPU Time","Interrupts","Context Switches"]})"));
+                        R"("cpu_time":["CPU Time","Interrupts","Context Switches"],)"
+                        R"("process":["Process CPU Time"]})"));
 }
 
 }  // namespace

@@ -3,9 +3,11 @@
 #include <signal.h>
 #include <stdlib.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "qumetra/collect/collection.h"
+#include "qumetra/collect/source_file.h"
 #include "qumetra/collect/stop_signal.h"
 #include "qumetra/collect/wake_up.h"
 #include "tests/support/temp_dir.h"
@@ -46,6 +48,17 @@ TEST(ChildProcess, TheExitStatusIsTheCommands) {
 TEST(ChildProcess, ASignalGives128AndItsNumber) {
   EXPECT_EQ(128 + SIGKILL, statusOf({"sh", "-c", "kill -KILL $$"}));
   EXPECT_EQ(128 + SIGTERM, statusOf({"sh", "-c", "kill -TERM $$"}));
+}
+
+TEST(ChildProcess, ACommandThatHasEndedIsInProcfsUntilItIsDestroyed) {
+  std::string path;
+  {
+    ChildProcess child({"true"});
+    waitForEnd(child);
+    path = "/proc/" + std::to_string(child.pid()) + "/stat";
+    EXPECT_THAT(readText(path).value_or(""), testing::HasSubstr("(true) Z "));
+  }
+  EXPECT_EQ(std::nullopt, readText(path));
 }
 
 TEST(ChildProcess, ArgumentsArriveAsTheyAre) {

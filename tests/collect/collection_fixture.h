@@ -40,6 +40,7 @@ class CollectionTest : public testing::Test {
     m_machine.addCpu(1, 0, 1);
     m_machine.writeSys("devices/system/cpu/online", "0-1\n");
     m_machine.writeProc("stat", cpuLine(0, {}) + cpuLine(1, {}) + "intr 5\nctxt 6\n");
+    m_machine.writeProc("self/stat", processStat({.pid = 42, .name = "tool"}));
     m_machine.addIdleState(0, 0, "C1", 1, 1);
     m_machine.addIdleState(1, 0, "C1", 1, 1);
     options.procfs = m_machine.procfs();

@@ -36,6 +36,7 @@ TEST_F(CollectionTest, ACommandThatSimplyWasShortIsARemarkAndStandsInTheReport) 
   std::vector<std::string> remarks;
   options.remark = [&remarks](const std::string& line) { remarks.push_back(line); };
   options.interval = milliseconds(100);
+  options.sources = {"cpu_time"};
   options.command = {"true"};
   collect();
   EXPECT_THAT(notices, IsEmpty());

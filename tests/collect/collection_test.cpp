@@ -87,7 +87,7 @@ TEST_F(CollectionTest, MetricIdsCountFromOneOverAllCollectors) {
   for (const auto& container : replay.sink.containers) {
     ids.push_back(container.metricId);
   }
-  EXPECT_THAT(ids, ElementsAre(1, 2, 3, 4, 5));
+  EXPECT_THAT(ids, ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
 TEST_F(CollectionTest, EachMetricHasATitleTableWithItsOwnId) {
@@ -105,8 +105,9 @@ TEST_F(CollectionTest, EachMetricHasATitleTableWithItsOwnId) {
                                   "Interrupts Summary: Average Rate and Total",
                                   "Context Switches Summary: Average Rate and Total",
                                   "CPU Idle States Summary: Residency (Percentage and Time)",
-                                  "CPU Idle State Entries Summary: Average Rate and Total"));
-  EXPECT_THAT(ids, ElementsAre(1, 2, 3, 4, 5));
+                                  "CPU Idle State Entries Summary: Average Rate and Total",
+                                  "Process CPU Time Summary: Residency (Percentage and Time)"));
+  EXPECT_THAT(ids, ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
 TEST_F(CollectionTest, TheOrderOfMetricsIsThatOfTheCollectors) {
@@ -115,7 +116,7 @@ TEST_F(CollectionTest, TheOrderOfMetricsIsThatOfTheCollectors) {
   const auto* order = pwr::WriterInterfaceConfigFileParser::instance();
   std::deque<std::string> names;
   ASSERT_TRUE(order->getFeatureOrder(names));
-  EXPECT_THAT(names, ElementsAre("cpu_time", "cpu_idle"));
+  EXPECT_THAT(names, ElementsAre("cpu_time", "cpu_idle", "process"));
   ASSERT_TRUE(order->getMetricOrderForFeature(names, "cpu_idle"));
   EXPECT_THAT(names, ElementsAre("CPU Idle States", "CPU Idle State Entries"));
 }
@@ -145,7 +146,7 @@ TEST_F(CollectionTest, AMissingSourceIsOneLineAndTheRestIsCollected) {
   collect();
   EXPECT_THAT(notices.at(0), StartsWith("source cpu_idle is left out: " + m_machine.sysfs()));
   const Replay replay(options.recordPath);
-  EXPECT_EQ(3U, replay.sink.metrics.size());
+  EXPECT_EQ(4U, replay.sink.metrics.size());
   EXPECT_THAT(replay.sink.texts, testing::Contains(StartsWith("Warning: source cpu_idle is left")));
 }
 
@@ -159,7 +160,7 @@ TEST_F(CollectionTest, AMissingSourceThatWasNamedIsAnError) {
 
 TEST_F(CollectionTest, ASourceThatIsNotThereAtAllListsTheKnownOnes) {
   options.sources = {"cpu_tim"};
-  EXPECT_EQ("unknown source \"cpu_tim\"; known are: cpu_time, cpu_idle", failureOfOpen());
+  EXPECT_EQ("unknown source \"cpu_tim\"; known are: cpu_time, cpu_idle, process", failureOfOpen());
 }
 
 TEST_F(CollectionTest, NothingToCollectIsAnErrorWithTheReasons) {
@@ -262,7 +263,7 @@ TEST_F(CollectionTest, ProgressGrowsWithTheSamples) {
   options.progress = [&seen](const CollectionProgress& progress) { seen.push_back(progress); };
   const CollectionResult result = collect();
   ASSERT_GT(seen.size(), 1U);
-  EXPECT_EQ(5U, seen[0].samples) << "one message per metric";
+  EXPECT_EQ(6U, seen[0].samples) << "one message per metric";
   EXPECT_GT(seen[1].elapsed, seen[0].elapsed);
   EXPECT_EQ(result.progress.samples, seen.back().samples);
   EXPECT_FALSE(result.stopped);
@@ -270,10 +271,11 @@ TEST_F(CollectionTest, ProgressGrowsWithTheSamples) {
 
 TEST_F(CollectionTest, SourcesAreListedWithWhatTheyRead) {
   const auto sources = Collection::allSources();
-  ASSERT_EQ(2U, sources.size());
+  ASSERT_EQ(3U, sources.size());
   EXPECT_EQ("cpu_time", sources[0].name);
   EXPECT_EQ("<procfs>/stat", sources[0].reads);
   EXPECT_EQ("cpu_idle", sources[1].name);
+  EXPECT_EQ("process", sources[2].name);
 }
 
 // This machine.

@@ -61,4 +61,11 @@ std::string cpuLine(unsigned cpu, const std::array<std::uint64_t, 8>& modes) {
   return line + " 0 0\n";
 }
 
+std::string processStat(const ProcessText& process) {
+  return std::to_string(process.pid) + " (" + process.name + ") " + process.state + " " +
+         std::to_string(process.parentPid) + " 5 6 7 8 9 10 11 12 13 " +
+         std::to_string(process.userTime) + " " + std::to_string(process.systemTime) +
+         " 16 17 18 19 20 21 " + std::to_string(process.startTime) + " 23 24 25\n";
+}
+
 }  // namespace qumetra::test

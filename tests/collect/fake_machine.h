@@ -38,4 +38,18 @@ class FakeMachine {
 /// A line of procfs's stat for one CPU.
 std::string cpuLine(unsigned cpu, const std::array<std::uint64_t, 8>& modes);
 
+/// What procfs tells of a process. Times are in clock ticks.
+struct ProcessText {
+  unsigned pid = 1;
+  std::string name = "process";
+  char state = 'S';
+  unsigned parentPid = 0;
+  std::uint64_t userTime = 0;
+  std::uint64_t systemTime = 0;
+  std::uint64_t startTime = 0;
+};
+
+/// The text of procfs's <pid>/stat.
+std::string processStat(const ProcessText& process);
+
 }  // namespace qumetra::test

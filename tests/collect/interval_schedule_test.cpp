@@ -45,6 +45,28 @@ TEST(IntervalSchedule, AnIntervalOfZeroIsOneTick) {
   EXPECT_EQ(6U, schedule.next());
 }
 
+TEST(IntervalSchedule, DueAreThoseThatAreNotAhead) {
+  IntervalSchedule schedule(1000, 100);
+  EXPECT_EQ(0U, schedule.due(1099));
+  EXPECT_EQ(1U, schedule.due(1100));
+  EXPECT_EQ(3U, schedule.due(1399));
+}
+
+TEST(IntervalSchedule, AStepEndsOneDeadlineAndMissesNone) {
+  IntervalSchedule schedule(1000, 100);
+  schedule.step();
+  EXPECT_EQ(1200U, schedule.next());
+  EXPECT_EQ(2U, schedule.due(1350));
+  EXPECT_EQ(0U, schedule.missed());
+}
+
+TEST(IntervalSchedule, SkippedDeadlinesAreMissed) {
+  IntervalSchedule schedule(1000, 100);
+  schedule.skip(3);
+  EXPECT_EQ(1400U, schedule.next());
+  EXPECT_EQ(3U, schedule.missed());
+}
+
 TEST(Clock, NeverStepsBack) {
   const std::uint64_t before = monotonicTicks();
   EXPECT_LE(before, monotonicTicks());

@@ -91,6 +91,11 @@ void KeepingSink::flush(const pwr::SystemMetadata& flushed) {
   flushes.push_back(flushed.m_lastTimestamp);
 }
 
+void KeepingSink::ended(const pwr::DataHandle& handle) {
+  note("ended");
+  ends.push_back(&handle);
+}
+
 void KeepingSink::metadataChanged(const pwr::SystemMetadata&) { note("metadata"); }
 
 std::vector<KeptSample> KeepingSink::samplesOf(const std::string& metric) const {

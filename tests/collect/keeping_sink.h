@@ -50,10 +50,11 @@ class KeepingSink : public MessageSink {
   void table(const pwr::TableMessage& table) override;
   void container(const pwr::MetricContainerInfoMessage& message) override;
   void flush(const pwr::SystemMetadata& metadata) override;
+  void ended(const pwr::DataHandle& handle) override;
   void metadataChanged(const pwr::SystemMetadata& metadata) override;
 
   /// The kinds of messages in their order: "system", "header", "text", "container", "sample",
-  /// "table", "flush", "metadata"; repeated ones once.
+  /// "table", "flush", "ended", "metadata"; repeated ones once.
   std::vector<std::string> order;
   std::vector<std::string> headers;
   std::vector<std::string> texts;
@@ -66,6 +67,8 @@ class KeepingSink : public MessageSink {
   const pwr::SystemMetadata* metadata = nullptr;
   /// The last timestamp that each flush told.
   std::vector<std::uint64_t> flushes;
+  /// The processes that were told to have ended.
+  std::vector<const pwr::DataHandle*> ends;
 
   /// The samples of one metric.
   std::vector<KeptSample> samplesOf(const std::string& metric) const;

@@ -95,5 +95,21 @@ TEST(DoubtLines, MissedSamplesAreADoubt) {
       missedSamplesLine({.moments = 10, .missed = 1}));
 }
 
+TEST(DoubtLines, ValuesThatWereLeftOutAreADoubt) {
+  EXPECT_EQ(std::nullopt, leftOutValuesLine({}));
+  EXPECT_EQ("1 value was no finite number and is left out of the samples",
+            leftOutValuesLine({.leftOutValues = 1}));
+  EXPECT_EQ("2 values were no finite numbers and are left out of the samples",
+            leftOutValuesLine({.leftOutValues = 2}));
+}
+
+TEST(DoubtLines, FlushesThatWereJoinedAreADoubt) {
+  EXPECT_EQ(std::nullopt, joinedFlushesLine({}));
+  EXPECT_EQ(
+      "1 flush came much too late and was joined with the next; no sample is lost, a longer period "
+      "helps",
+      joinedFlushesLine({.joinedFlushes = 1}));
+}
+
 }  // namespace
 }  // namespace qumetra::test

@@ -1,9 +1,12 @@
 #include "qumetra/collect/summary_tables.h"
 
+#include <limits>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "host/handles.h"
+#include "host/quantity.h"
 #include "qumetra/collect/named.h"
 #include "qumetra/collect/quantities.h"
 #include "qumetra/collect/sampled_metric.h"
@@ -195,6 +198,50 @@ TEST_F(CounterSummary, HandlesOfARecordingKeepTheirIds) {
   metric.addColumn(cpu0, idle);
   deliver(metric);
   EXPECT_EQ(kFirst + 4, context.nextHandleId) << "one is taken, a key and two fields are made";
+}
+
+TEST_F(ResidencySummary, IntervalsWithoutAnyTimeAreEmptyCells) {
+  metric.addColumn(cpu0, idle);
+  metric.set(0, 5, 0);
+  deliver(metric);
+  EXPECT_THAT(sink.rowsOf(kTitle), ElementsAre(Row{"CPU 0", std::nullopt, std::nullopt},
+                                               Row{"All CPUs", std::nullopt, std::nullopt}));
+}
+
+TEST_F(ResidencySummary, TimesThatAddUpToNothingAreEmptyCells) {
+  constexpr std::uint64_t kHalf = std::uint64_t{1} << 63U;
+  metric.addColumn(cpu0, idle);
+  metric.addColumn(cpu1, idle);
+  metric.set(0, 5, kHalf);
+  metric.set(1, 5, kHalf);
+  deliver(metric);
+  EXPECT_EQ((Row{"All CPUs", std::nullopt, std::nullopt}), sink.rowsOf(kTitle).back());
+}
+
+TEST_F(CounterSummary, IntervalsWithoutAnyTimeAreEmptyCells) {
+  metric.addColumn(cpu0, idle);
+  metric.set(0, 5, 0);
+  deliver(metric);
+  EXPECT_EQ((Row{"CPU 0", std::nullopt, std::nullopt}), sink.rowsOf(kTitle).at(0));
+}
+
+TEST_F(CounterSummary, ARateThatIsNoFiniteNumberIsAnEmptyCell) {
+  // As a recording that was written by hand may have it.
+  QuantitySpec rate;
+  rate.code = pwr::Quantity::kRate;
+  pwr::Quantity& quantity = model.addQuantity({});
+  MetricSpec odd = counterSpec();
+  odd.quantity = &quantity;
+  SampledMetric counter(model, odd);
+  counter.addColumn(cpu0, idle);
+  counter.set(0, 5, kSecond);
+  for (const double factor :
+       {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+    quantity.setRateConversion(&model.addQuantity(rate), factor);
+    deliver(counter);
+    EXPECT_EQ((Row{"CPU 0", std::nullopt, "5"}), sink.rowsOf(kTitle).at(0));
+    sink.tables.clear();
+  }
 }
 
 TEST(SampledMetricTest, ValuesAreDeliveredOnce) {

@@ -1,14 +1,12 @@
 // How changes, tables and the rest are written, and what becomes of failures.
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "host/configuration.h"
 #include "host/platform_metadata.h"
+#include "qumetra/recording/block_file.h"
 #include "tests/recording/writer_fixture.h"
+#include "tests/support/disk_faults.h"
 
 namespace qumetra::test {
 namespace {
@@ -216,13 +214,43 @@ TEST(FailingWriter, FullDiskIsAFailure) {
 
 TEST(FailingWriter, KeepsWhatWasWrittenBeforeTheLimitOfTheFileSize) {
   const TempDir directory;
-  std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit limit{1000, RLIM_INFINITY};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  const FullDisk full(1000);
   RecordingWriter writer(directory.file("w"));
   writer.note(std::string(2000, 'x'));
   EXPECT_EQ(writer.close(), directory.file("w") + ": File too large");
   EXPECT_EQ(readFile(directory.file("w")).size(), 1000U);
+}
+
+TEST(FailingWriter, FileThatAnotherWriterHasOpenIsLeftAsItIs) {
+  const TempDir directory;
+  const std::string path = directory.file("w");
+  RecordingWriter first(path);
+  first.note("first");
+  first.sync();
+  RecordingWriter second(path);
+  EXPECT_EQ(second.error(), path + ": is being written by another process");
+  second.note("second");
+  EXPECT_EQ(second.close(), path + ": is being written by another process");
+  first.note("more");
+  EXPECT_EQ(first.close(), "");
+  EXPECT_THAT(readFile(path), ::testing::EndsWith("\"first\"}}\n{\"note\":{\"text\":\"more\"}}\n"));
+}
+
+TEST(FailingWriter, FileIsFreeOnceItsWriterHasClosedIt) {
+  const TempDir directory;
+  const std::string path = directory.file("w");
+  RecordingWriter first(path);
+  first.note(std::string(500, 'x'));
+  EXPECT_TRUE(isBeingWritten(path));
+  EXPECT_EQ(first.close(), "");
+  EXPECT_FALSE(isBeingWritten(path));
+  RecordingWriter second(path);
+  EXPECT_EQ(second.close(), "");
+  EXPECT_LT(readFile(path).size(), 100U) << "the former content is gone";
+}
+
+TEST(FailingWriter, FileThatIsNotThereIsNotBeingWritten) {
+  EXPECT_FALSE(isBeingWritten("/nowhere/w"));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "tests/support/temp_dir.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
@@ -9,6 +10,35 @@
 #include <gtest/gtest.h>
 
 namespace qumetra::test {
+namespace {
+
+/// The running test; a name that no other process has.
+std::string nameOfTest() {
+  const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string name = std::to_string(::getpid());
+  if (test != nullptr) {
+    name = std::string(test->test_suite_name()) + "." + test->name() + "_" + name;
+  }
+  return name;
+}
+
+void keepDocuments(const std::filesystem::path& directory) {
+  const char* target = ::getenv("QM_KEEP_QMJSON");
+  if (target == nullptr) {
+    return;
+  }
+  std::filesystem::create_directories(target);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(directory)) {
+    if (entry.is_regular_file() && entry.path().extension() == ".qmjson") {
+      std::filesystem::copy_file(
+          entry.path(),
+          std::filesystem::path(target) / (nameOfTest() + "_" + entry.path().filename().string()),
+          std::filesystem::copy_options::overwrite_existing);
+    }
+  }
+}
+
+}  // namespace
 
 TempDir::TempDir() {
   std::string pattern = (std::filesystem::temp_directory_path() / "qumetra_test_XXXXXX").string();
@@ -20,6 +50,11 @@ TempDir::TempDir() {
 }
 
 TempDir::~TempDir() {
+  try {
+    keepDocuments(m_path);
+  } catch (const std::filesystem::filesystem_error& error) {
+    ADD_FAILURE() << error.what();
+  }
   std::error_code ignored;
   std::filesystem::remove_all(m_path, ignored);
 }

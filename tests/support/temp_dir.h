@@ -6,7 +6,9 @@
 
 namespace qumetra::test {
 
-/// A fresh empty directory, removed with all it holds at the end.
+/// A fresh empty directory, removed with all it holds at the end. The .qmjson documents in it are
+/// copied to the directory that QM_KEEP_QMJSON names, if it is set: they are checked together
+/// later.
 class TempDir {
  public:
   TempDir();

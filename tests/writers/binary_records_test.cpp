@@ -140,13 +140,35 @@ TEST_F(BinaryRecords, NumbersOfTextsBeginAnewWhenTheirBitsAreUsedUp) {
         100 + i, pwr::HandleTexts{"e" + std::to_string(i), "", ""}, nullptr));
     metric.value(*entities.back(), Data(1.0));
   }
+  metric.value(*entities[65'532], Data(1.0));
   EXPECT_EQ(add(metric), 0);
   const auto samples = finished("04");
-  ASSERT_THAT(samples, SizeIs(65'534));
+  ASSERT_THAT(samples, SizeIs(65'535));
   // The first has number 4.
   EXPECT_EQ(nameOf(samples[65'531]), "ff ff");
   EXPECT_EQ(nameOf(samples[65'532]), "00 00");
   EXPECT_EQ(nameOf(samples[65'533]), "01 00");
+  // Number 0 is none, so the text gets another.
+  EXPECT_EQ(nameOf(samples[65'534]), "02 00");
+}
+
+TEST_F(BinaryRecords, NumbersOfDescriptorsBeginAnewWhenTheirBitsAreUsedUp) {
+  std::vector<std::unique_ptr<pwr::DataDescriptor>> descriptors;
+  BinaryMetric metric(7, Metric::TRACED_EVENT);
+  for (std::uint64_t i = 0; i < 65'536; ++i) {
+    descriptors.push_back(
+        std::make_unique<pwr::DataDescriptor>(100 + i, pwr::HandleTexts{"d", "", ""}));
+    metric.value(m_cpu0, Data(1.0), 0, descriptors.back().get());
+  }
+  metric.value(m_cpu0, Data(1.0), 0, descriptors[65'535].get());
+  EXPECT_EQ(add(metric), 0);
+  const auto samples = finished("04");
+  ASSERT_THAT(samples, SizeIs(65'537));
+  EXPECT_EQ(descriptorOf(samples[65'534]), "ff ff");
+  EXPECT_EQ(descriptorOf(samples[65'535]), "00 00");
+  // Number 0 is none, so the descriptor gets another, and is told once more.
+  EXPECT_EQ(descriptorOf(samples[65'536]), "01 00");
+  EXPECT_THAT(recordsOfType("02", "run.qmbin"), SizeIs(65'537));
 }
 
 TEST_F(BinaryRecords, DescriptorsOfEqualNamesAreTwo) {

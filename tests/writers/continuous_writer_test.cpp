@@ -165,6 +165,20 @@ TEST_F(Continuous, ResidencyIsScaled) {
   EXPECT_EQ(sampleOf(Metric::SAMPLED_RESIDENCY, Data(100UL)).value, 50.0);
 }
 
+TEST_F(Continuous, RangeOfAResidencyIsScaledAtItsLowEnd) {
+  m_world.system().m_timestampFrequency = 2.0F;
+  m_writer.writeMessage(m_world.systemMessage());
+  EXPECT_EQ(sampleOf(Metric::SAMPLED_RESIDENCY, Data::fromIntRange({100, 300})).value, 50.0);
+}
+
+TEST_F(Continuous, UnknownTypeIsReadAsADelta) {
+  const auto type = static_cast<Metric::MetricType>(9);
+  const auto sample = sampleOf(type, Data(2.5), m_world.descriptor("C1"));
+  EXPECT_EQ(sample.duration, 250.0);
+  EXPECT_EQ(sample.value, 2.5);
+  EXPECT_EQ(sample.state, "C1");
+}
+
 TEST_F(Continuous, TransitionCountsItsDurationUnderItsValue) {
   const auto sample = sampleOf(Metric::TRACED_VALUE_TRANSITION, Data(1.5));
   EXPECT_EQ(sample.state, "1.5");
@@ -201,6 +215,16 @@ TEST_F(Continuous, SampledFalseDescriptorFailsTheRestOfTheMessage) {
             1);
   EXPECT_EQ(m_writer.data.size(), 1U);
   EXPECT_EQ(m_log.warnings(), (Warnings{{2, "WARNING: Unable to retrieve data descriptor \n"}}));
+}
+
+TEST_F(Continuous, MetricWhoseFirstElementFailsIsDescribedByTheNextOne) {
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_VALUE);
+  const Data bad = Data::fromHandle(m_world.falseDescriptor());
+  EXPECT_EQ(give(m_writer, metric, 0, {m_world.element(m_entity, nullptr, bad)}), 1);
+  EXPECT_TRUE(m_writer.data.empty());
+  EXPECT_TRUE(m_writer.metadata.empty());
+  EXPECT_EQ(give(m_writer, metric, 0, {m_world.element(m_entity, nullptr, Data(1.0))}), 0);
+  EXPECT_EQ(m_writer.metadata.size(), 1U);
 }
 
 TEST_F(Continuous, MetricWithoutQuantityIsAWarningOnce) {
@@ -270,6 +294,7 @@ TEST_F(Continuous, BothFormsAreNumberedApartFromZero) {
   EXPECT_EQ(qumetra::test::readFile(file("run_0.json")), R"({"traceEvents":[]})");
   EXPECT_EQ(qumetra::test::readFile(file("run_1.json")), R"({"traceEvents":[]})");
   EXPECT_EQ(parseFile(file("run_0.qmjson"))["Metadata"].Size(), 1U);
+  EXPECT_EQ(parseFile(file("run_0.qmjson"))["Data"].Size(), 0U);
   EXPECT_EQ(parseFile(file("other_2.json"))["traceEvents"].Size(), 0U);
 }
 
@@ -302,6 +327,18 @@ TEST_F(Continuous, DescriptionOfAMetricStandsInOneFileOnly) {
   EXPECT_EQ(parseFile(file("run_0.qmjson"))["Metadata"].Size(), 2U);
   EXPECT_EQ(parseFile(file("run_1.qmjson"))["Metadata"].Size(), 1U);
   EXPECT_EQ(parseFile(file("run_1.qmjson"))["Data"].Size(), 1U);
+}
+
+TEST_F(Continuous, DescriptionIsLostWithATraceFlush) {
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA);
+  for (const char* extension : {".json", ".qmjson"}) {
+    give(m_writer, metric, 0, {m_world.element(m_entity, nullptr, Data(1.0))});
+    m_writer.extension = extension;
+    m_writer.flushContinuousResults(m_world.system());
+  }
+  const auto document = parseFile(file("run_0.qmjson"));
+  EXPECT_EQ(document["Data"].Size(), 1U);
+  EXPECT_EQ(document["Metadata"].Size(), 1U) << "the system's only";
 }
 
 TEST_F(Continuous, OneNameUnderTwoIdsHasTwoDescriptions) {
@@ -342,6 +379,21 @@ TEST_F(Continuous, DescriptionTellsTheMetric) {
   EXPECT_FALSE(columns[1].HasMember("Descriptor"));
 }
 
+TEST_F(Continuous, DescriptorWithoutATextHasAnEmptyAttributeValue) {
+  m_writer.extension = ".qmjson";
+  Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA);
+  metric.entities = {{m_entity, m_world.descriptor("none")},
+                     {m_entity, m_world.descriptor("handle", Data::fromHandle(m_entity))}};
+  give(m_writer, metric, 0, {m_world.element(m_entity, nullptr, Data(1.0))});
+  m_writer.flushContinuousResults(m_world.system());
+  const std::string text = qumetra::test::readFile(file("run_0.qmjson"));
+  for (const std::string name : {"none", "handle"}) {
+    EXPECT_TRUE(text.find(R"({"Name":")" + name + R"(","AttributeValue":""})") != text.npos ||
+                text.find(R"({"AttributeValue":"","Name":")" + name + R"("})") != text.npos)
+        << text;
+  }
+}
+
 TEST_F(Continuous, SeveralStatesAreAList) {
   m_writer.extension = ".qmjson";
   Metric& metric = m_world.metric("M", Metric::SAMPLED_DELTA);
@@ -357,9 +409,20 @@ TEST_F(Continuous, SystemIsToldAsTexts) {
   auto& cpu = m_world.model().addCpuMetadata();
   cpu.m_cpuWords = {100.25F, 400.0F, 3000.0F, 2600.12345F, 7, 0};
   cpu.m_topology.addThread({0, 0, 0, 0});
+  cpu.m_topology.addThread({1, 0, 0, 1});
+  cpu.m_topology.addThread({1, 1, 1, 2});
+  cpu.m_topology.addThread({1, 1, 1, 3});
   auto& system = m_world.system();
   system.m_platformMetadata[1] = &cpu;
   system.m_platformName = "P";
+  system.m_cpuCodeName = "Code";
+  system.m_cpuNativeModelName = "Native";
+  system.m_pchDeviceNames = "Hub";
+  system.m_hostName = "host";
+  system.m_osName = "OS";
+  system.m_osType = "x86_64";
+  system.m_osVersion = "6";
+  system.m_firstTimestamp = 5;
   system.m_lastTimestamp = 18446744073709551615U;
   system.m_collectionDurationSec = 2.00017112;
   m_writer.flushContinuousResults(system);
@@ -370,13 +433,26 @@ TEST_F(Continuous, SystemIsToldAsTexts) {
   EXPECT_EQ(node["ID"].GetDouble(), -1);
   EXPECT_STREQ(node["Platform"]["Plaform Name"].GetString(), "P") << "spelled so";
   EXPECT_STREQ(node["Platform"]["Platform ID"].GetString(), "7");
-  EXPECT_STREQ(node["Platform"]["Num Modules"].GetString(), "1");
+  const auto& platform = node["Platform"];
+  EXPECT_STREQ(platform["CPU Name"].GetString(), "Code");
+  EXPECT_STREQ(platform["CPU Native Name"].GetString(), "Native");
+  EXPECT_STREQ(platform["PCH Name"].GetString(), "Hub");
+  EXPECT_STREQ(platform["Host Name"].GetString(), "host");
+  EXPECT_STREQ(platform["Num Packages"].GetString(), "2");
+  EXPECT_STREQ(platform["Num Modules"].GetString(), "3");
+  EXPECT_STREQ(platform["Num Cores"].GetString(), "3");
+  EXPECT_STREQ(platform["Num Threads"].GetString(), "4");
   EXPECT_STREQ(node["Platform"]["CPU Frequency MHz"].GetString(), "2600.12") << "six digits";
   EXPECT_STREQ(node["Platform"]["Bus Frequency MHz"].GetString(), "100.25");
   EXPECT_STREQ(node["Platform"]["HFM Frequency MHz"].GetString(), "3000");
   EXPECT_STREQ(node["Platform"]["LFM Frequency MHz"].GetString(), "400");
   EXPECT_EQ(node["Platform"].MemberCount(), 14U);
+  EXPECT_STREQ(node["OS"]["OS Name"].GetString(), "OS");
+  EXPECT_STREQ(node["OS"]["OS Type"].GetString(), "x86_64");
+  EXPECT_STREQ(node["OS"]["OS Version"].GetString(), "6");
   EXPECT_EQ(node["OS"].MemberCount(), 3U);
+  EXPECT_EQ(node["Qumetra"].MemberCount(), 3U);
+  EXPECT_STREQ(node["Qumetra"]["Collection Start Timestamp"].GetString(), "5");
   EXPECT_STREQ(node["Qumetra"]["Collection Stop Timestamp"].GetString(), "18446744073709551615");
   EXPECT_STREQ(node["Qumetra"]["Collection Duration"].GetString(), "2.00017");
 }

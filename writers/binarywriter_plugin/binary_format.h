@@ -32,14 +32,13 @@ enum class MsgType : std::uint8_t {
 
 constexpr std::size_t kHeadSize = 3;
 
-// What payloads have at least: the parts of variable length are not counted. The value of a sample
-// comes last and is not counted either.
+// What payloads have at least: the parts of variable length are not counted.
 constexpr std::uint16_t kStringFixedSize = 4;
 constexpr std::uint16_t kSystemSize = 64;
 constexpr std::uint16_t kDescriptorSize = 6;
 constexpr std::uint16_t kMetricFixedSize = 20;
-constexpr std::uint16_t kSampleFixedSize = 20;
-constexpr std::uint16_t kSampleSize = kSampleFixedSize + 4;
+constexpr std::uint16_t kSampleSize = 24;
+constexpr std::size_t kSampleRecordSize = kHeadSize + kSampleSize;
 
 // Where the fields of a payload begin. Texts are u16 numbers of text records.
 enum StringField : std::size_t { kStringIndex = 0, kStringLength = 2 };

@@ -11,8 +11,10 @@
 /// numbers go on through the whole process; a series is read in order, since a name stands in the
 /// file of its first use only. docs/qmbin.md tells the format.
 ///
-/// All is kept in memory until it is written. The files are made by the host's output handles,
-/// which also report what they cannot write. One thread at a time.
+/// Nothing is written before the end or a flush. Until then names stand in memory, and all samples
+/// but the last in a temp file. The files are made by the host's output handles, which also report
+/// what they cannot write; a large result goes through its handle's buffer in several flushes. One
+/// thread at a time.
 class BinaryWriter final : public WriterPlugin {
  public:
   BinaryWriter();

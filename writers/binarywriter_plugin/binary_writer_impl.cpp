@@ -1,9 +1,9 @@
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
 
 #include <array>
+#include <cstring>
 #include <utility>
 
-#include "client/src/common/byte_packing.h"
 #include "host/environment.h"
 #include "host/handles.h"
 #include "host/logger.h"
@@ -59,12 +59,10 @@ BinaryWriter::Impl::Impl(std::string base, bool isContinuous)
     : basePath(std::move(base)),
       continuous(isContinuous),
       stringMessage(pwr::bin::makeRecord(MsgType::String, pwr::bin::kStringFixedSize)),
-      sampleMessage(pwr::bin::makeRecord(MsgType::Sample, pwr::bin::kSampleFixedSize)),
+      sampleMessage(pwr::bin::makeRecord(MsgType::Sample, pwr::bin::kSampleSize)),
       metricMessage(pwr::bin::makeRecord(MsgType::Metric, pwr::bin::kMetricFixedSize)),
       descriptorMessage(pwr::bin::makeRecord(MsgType::Descriptor, pwr::bin::kDescriptorSize)),
-      systemMessage(pwr::bin::makeRecord(MsgType::System, pwr::bin::kSystemSize)) {
-  pwr::bin::setLength(sampleMessage, pwr::bin::kSampleSize);
-}
+      systemMessage(pwr::bin::makeRecord(MsgType::System, pwr::bin::kSystemSize)) {}
 
 void BinaryWriter::Impl::startCollection() {
   m_entityNames.clear();
@@ -83,7 +81,9 @@ int BinaryWriter::Impl::writeMessage(const pwr::SystemMessage& message) {
 
 int BinaryWriter::Impl::writeMessage(const pwr::Metric& metric) {
   const pwr::SampleData& data = metric.getData();
-  Sampling sampling{metric, data.timestamp, hasNoDuration(metric)};
+  Sampling sampling{metric, hasNoDuration(metric)};
+  pwr::bin::setField(sampleMessage, pwr::bin::kTimestamp, data.timestamp);
+  pwr::bin::setField(sampleMessage, pwr::bin::kSampleMetricId, metric.metricId);
   for (const pwr::DataElement* element : data.elements) {
     if (writeElement(sampling, *element) != 0) {
       return 1;
@@ -95,31 +95,31 @@ int BinaryWriter::Impl::writeMessage(const pwr::Metric& metric) {
 int BinaryWriter::Impl::writeElement(Sampling& sampling, const pwr::DataElement& element) {
   // Numbers are given in the order of first use: descriptor, metric, name of the sample.
   const std::uint16_t descriptor = getDescriptorIdx_i(element.getDescriptor());
-  Value value;
-  if (readValue(sampling, element, value) != 0) {
+  const pwr::Data& data = *element.getValue();
+  if (data.m_tag == pwr::Data::kHandle && checkHandle(sampling, data) != 0) {
     return 1;
   }
   if (!sampling.isMetricTold) {
     sampling.isMetricTold = true;
-    if (metricsWithMetadataSent().add(sampling.metric.metricId)) {
-      createMetricMeta_i(sampling.metric);
-    }
+    tellMetric(sampling.metric);
   }
-  appendSample(sampling, value, getSampleNameIdx_i(sampling, element), descriptor);
+  const Value value = valueOf(sampling, element, data);
+  const std::uint16_t name = getSampleNameIdx_i(sampling, element);
+
+  using namespace pwr::bin;
+  char* const record = m_samples.append();
+  std::memcpy(record, sampleMessage.data(), kSampleRecordSize);
+  setField(record, kSampleDuration, static_cast<float>(value.duration));
+  setField(record, kSampleName, name);
+  setField(record, kSampleDescriptor, descriptor);
+  setField(record, kSampleValue, static_cast<float>(value.number));
   return 0;
 }
 
-void BinaryWriter::Impl::appendSample(const Sampling& sampling, const Value& value,
-                                      std::uint16_t name, std::uint16_t descriptor) {
-  using namespace pwr::bin;
-  setField(sampleMessage, kTimestamp, sampling.timestamp);
-  setField(sampleMessage, kSampleDuration, static_cast<float>(value.duration));
-  setField(sampleMessage, kSampleMetricId, sampling.metric.metricId);
-  setField(sampleMessage, kSampleName, name);
-  setField(sampleMessage, kSampleDescriptor, descriptor);
-  std::vector<char>& samples = buffers[MsgType::Sample];
-  appendBytes(samples, sampleMessage);
-  appendField(samples, static_cast<float>(value.value));
+void BinaryWriter::Impl::tellMetric(const pwr::Metric& metric) {
+  if (metricsWithMetadataSent().add(metric.metricId)) {
+    createMetricMeta_i(metric);
+  }
 }
 
 bool BinaryWriter::Impl::flushContinuousResults(const pwr::SystemMetadata& flushMetadata) {
@@ -162,4 +162,5 @@ void BinaryWriter::Impl::flushBuffers_i(pwr::Logger& output) {
     pwr::bin::appendBytes(output.m_buffer, records);
     records = {};
   }
+  m_samples.moveTo(output);
 }

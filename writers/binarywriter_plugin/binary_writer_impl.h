@@ -12,6 +12,7 @@
 #include "writers/binarywriter_plugin/binary_format.h"
 #include "writers/binarywriter_plugin/binary_writer.h"
 #include "writers/binarywriter_plugin/recent_index.h"
+#include "writers/binarywriter_plugin/sample_store.h"
 
 namespace pwr {
 class AttributeValueManager;
@@ -43,7 +44,6 @@ class BinaryWriter::Impl {
   /// What is the same for all elements of a message.
   struct Sampling {
     const pwr::Metric& metric;
-    std::uint64_t timestamp;
     /// The values do not stand for a span of time.
     bool noDuration;
     /// The record of the metric is there.
@@ -51,25 +51,32 @@ class BinaryWriter::Impl {
   };
   /// A value as it goes into the file.
   struct Value {
-    std::uint64_t duration = 1;
-    double value = 0;
+    /// Microseconds.
+    std::uint64_t duration;
+    double number;
   };
 
+  /// Tells a metric that no writer of the process has told.
+  void tellMetric(const pwr::Metric& metric);
   int writeElement(Sampling& sampling, const pwr::DataElement& element);
-  void appendSample(const Sampling& sampling, const Value& value, std::uint16_t name,
-                    std::uint16_t descriptor);
 
-  // What a sample says. Each returns 0, or 1 for an element that fails.
-  int readValue(const Sampling& sampling, const pwr::DataElement& element, Value& out) const;
-  int readSampledValue(const pwr::Data& data, Value& out) const;
+  /// Returns 0, or 1 with a warning for a sampled value whose handle says that it is a descriptor
+  /// and is none, or is null. REQUIRES: `data` is a handle.
+  static int checkHandle(const Sampling& sampling, const pwr::Data& data);
+  /// What a sample says. REQUIRES: `checkHandle` gave 0 for a handle.
+  Value valueOf(const Sampling& sampling, const pwr::DataElement& element,
+                const pwr::Data& data) const;
   std::uint64_t durationOf(const Sampling& sampling, const pwr::DataElement& element) const;
 
   // Numbers of names. A name that is new gets its record.
   std::uint16_t getStringStoreIdx_i(const std::string& text);
   /// 0 for null.
   std::uint16_t getDescriptorIdx_i(const pwr::DataDescriptor* descriptor);
-  /// The number of the name under which a sample is filed.
+  std::uint16_t addDescriptor(const pwr::DataDescriptor* descriptor);
+  /// The number of the name under which a sample is filed: that of a state or an entity.
   std::uint16_t getSampleNameIdx_i(const Sampling& sampling, const pwr::DataElement& element);
+  std::uint16_t getStateIdx_i(const pwr::DataElement& element);
+  std::uint16_t addEntity(const pwr::EntityHandle* entity);
   /// The state that the descriptor of an element stands for; empty without one. Only deltas are
   /// named after their states, so the states that traced values hold are of no interest here.
   static std::string getState_i(const pwr::DataElement* element);
@@ -92,7 +99,7 @@ class BinaryWriter::Impl {
 
   /// `flushMetadata` may be null. Returns false when there is no output handle.
   bool flushResults_i(const pwr::SystemMetadata* flushMetadata, bool continuousFlush);
-  /// Moves all records to the handle's buffer.
+  /// Moves all records to the handle: to its buffer, and when they are many, through it.
   void flushBuffers_i(pwr::Logger& output);
 
   std::string basePath;
@@ -106,12 +113,15 @@ class BinaryWriter::Impl {
   std::uint32_t descriptorCount = 0;
   std::map<const pwr::DataDescriptor*, std::uint16_t> descriptorIndices;
   Record stringMessage;
+  /// Holds what all samples of a message share.
   Record sampleMessage;
   /// Kept from metric to metric: one without a quantity repeats that of the one before.
   Record metricMessage;
   Record descriptorMessage;
   Record systemMessage;
+  /// Of all types but samples, which are too many.
   std::map<pwr::bin::MsgType, std::vector<char>> buffers;
+  pwr::bin::SampleStore m_samples;
 
   // The same numbers by what samples bring, for speed.
   pwr::bin::RecentIndex<const pwr::EntityHandle*> m_entityNames;

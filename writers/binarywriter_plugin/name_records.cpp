@@ -33,9 +33,10 @@ std::uint16_t BinaryWriter::Impl::getDescriptorIdx_i(const pwr::DataDescriptor* 
     return 0;
   }
   const std::uint16_t recent = m_descriptors.find(descriptor);
-  if (recent != 0) {
-    return recent;
-  }
+  return recent != 0 ? recent : addDescriptor(descriptor);
+}
+
+std::uint16_t BinaryWriter::Impl::addDescriptor(const pwr::DataDescriptor* descriptor) {
   std::uint16_t& index = descriptorIndices[descriptor];
   if (index == 0) {
     index = static_cast<std::uint16_t>(++descriptorCount);
@@ -59,20 +60,26 @@ void BinaryWriter::Impl::createDescriptorMeta_i(const pwr::DataDescriptor* descr
 std::uint16_t BinaryWriter::Impl::getSampleNameIdx_i(const Sampling& sampling,
                                                      const pwr::DataElement& element) {
   if (sampling.metric.metricType == pwr::Metric::SAMPLED_DELTA) {
-    // The attributes that states come from may change, so their texts are made each time.
-    const std::string state = getState_i(&element);
-    std::uint16_t index = m_stateNames.find(state);
-    if (index == 0) {
-      index = getStringStoreIdx_i(state);
-      m_stateNames.add(state, index);
-    }
-    return index;
+    return getStateIdx_i(element);
   }
-  const pwr::EntityHandle* entity = element.getEntity();
-  std::uint16_t index = m_entityNames.find(entity);
+  const pwr::EntityHandle* const entity = element.getEntity();
+  const std::uint16_t recent = m_entityNames.find(entity);
+  return recent != 0 ? recent : addEntity(entity);
+}
+
+std::uint16_t BinaryWriter::Impl::addEntity(const pwr::EntityHandle* entity) {
+  const std::uint16_t index = getStringStoreIdx_i(entity->getName());
+  m_entityNames.add(entity, index);
+  return index;
+}
+
+std::uint16_t BinaryWriter::Impl::getStateIdx_i(const pwr::DataElement& element) {
+  // The attributes that states come from may change, so their texts are made each time.
+  const std::string state = getState_i(&element);
+  std::uint16_t index = m_stateNames.find(state);
   if (index == 0) {
-    index = getStringStoreIdx_i(entity->getName());
-    m_entityNames.add(entity, index);
+    index = getStringStoreIdx_i(state);
+    m_stateNames.add(state, index);
   }
   return index;
 }

@@ -9,21 +9,17 @@
 namespace pwr::bin {
 
 /// Remembers a number per key. Messages bring the same keys in the same order again and again: the
-/// last answer and its neighbour are tried before anything is searched. 0 stands for a key that is
-/// not known. Not synchronised.
+/// neighbour of the last answer and that answer are tried before anything is searched. 0 stands for
+/// a key that is not known. Not synchronised.
 template <typename Key>
 class RecentIndex {
  public:
   /// The number of `key`, or 0.
   std::uint16_t find(const Key& key) {
-    if (m_entries.empty()) {
-      return 0;
+    if (isAt(m_next, key)) {
+      return answer(m_next);
     }
-    if (m_entries[m_last].key == key) {
-      return m_entries[m_last].index;
-    }
-    const std::size_t next = m_last + 1 < m_entries.size() ? m_last + 1 : 0;
-    return m_entries[next].key == key ? answer(next) : search(key);
+    return isAt(m_last, key) ? m_entries[m_last].index : search(key);
   }
 
   /// REQUIRES: `find` has just given 0 for `key`. An index of 0 is not remembered.
@@ -31,15 +27,14 @@ class RecentIndex {
     if (index == 0) {
       return;
     }
-    m_last = m_entries.size();
-    m_places.emplace(key, m_last);
+    m_places.emplace(key, m_entries.size());
     m_entries.push_back({key, index});
+    answer(m_entries.size() - 1);
   }
 
   void clear() {
     m_entries.clear();
     m_places.clear();
-    m_last = 0;
   }
 
  private:
@@ -48,8 +43,13 @@ class RecentIndex {
     std::uint16_t index;
   };
 
+  bool isAt(std::size_t place, const Key& key) const {
+    return place < m_entries.size() && m_entries[place].key == key;
+  }
+
   std::uint16_t answer(std::size_t place) {
     m_last = place;
+    m_next = place + 1 < m_entries.size() ? place + 1 : 0;
     return m_entries[place].index;
   }
 
@@ -62,6 +62,7 @@ class RecentIndex {
   std::vector<Entry> m_entries;
   std::unordered_map<Key, std::size_t> m_places;
   std::size_t m_last = 0;
+  std::size_t m_next = 0;
 };
 
 }  // namespace pwr::bin

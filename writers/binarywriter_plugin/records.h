@@ -26,8 +26,12 @@ inline void setLength(std::vector<char>& record, std::size_t length) {
 
 /// Sets one field of the payload. REQUIRES: the payload has it.
 template <typename Number>
+void setField(char* record, std::size_t offset, Number value) {
+  packNumber(value, record + kHeadSize + offset);
+}
+template <typename Number>
 void setField(std::vector<char>& record, std::size_t offset, Number value) {
-  packNumber(value, record.data() + kHeadSize + offset);
+  setField(record.data(), offset, value);
 }
 
 /// Appends one field.

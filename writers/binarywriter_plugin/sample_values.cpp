@@ -8,70 +8,73 @@
 
 namespace {
 
-bool isRange(const pwr::Data& data) {
-  return data.m_tag >= pwr::Data::kIntRange && data.m_tag <= pwr::Data::kRealRange;
-}
-
-/// A number, or the low end of a range; 0 for what is neither.
-double numberOf(const pwr::Data& data) {
-  double number = 0;
-  if (data.toReal(number) == 0 || data.m_tag == pwr::Data::kHandle) {
-    return number;
-  }
-  const pwr::Data real = pwr::Data::convertToReal(&data);
-  if (!isRange(data)) {
-    real.toReal(number);
-    return number;
-  }
+/// The low end of a range; 0 for what is neither a number nor a range.
+double lowEndOf(const pwr::Data& real) {
   pwr::Data::RealRange range{0, 0};
   real.toRealRange(range);
   return range.first;
 }
 
-}  // namespace
-
-int BinaryWriter::Impl::readValue(const Sampling& sampling, const pwr::DataElement& element,
-                                  Value& out) const {
-  out.duration = durationOf(sampling, element);
-  const pwr::Data& data = *element.getValue();
-  switch (sampling.metric.metricType) {
-    case pwr::Metric::SAMPLED_VALUE:
-      return readSampledValue(data, out);
-    case pwr::Metric::TRACED_VALUE_TRANSITION:
-      out.value = static_cast<double>(out.duration);
-      return 0;
-    case pwr::Metric::TRACED_EVENT:
-      out.value = 1;
-      return 0;
-    case pwr::Metric::SAMPLED_RESIDENCY:
-      out.value = numberOf(data) * tickScale;
-      return 0;
-    default:
-      out.value = numberOf(data);
-      return 0;
+/// A number, or the low end of a range; 0 for what is neither.
+double numberOf(const pwr::Data& data) {
+  double number = 0;
+  if (data.toReal(number) == 0) {
+    return number;
   }
+  const pwr::Data real = pwr::Data::convertToReal(&data);
+  return real.toReal(number) == 0 ? number : lowEndOf(real);
 }
 
-int BinaryWriter::Impl::readSampledValue(const pwr::Data& data, Value& out) const {
-  if (data.m_tag == pwr::Data::kString) {
-    out.value = static_cast<double>(out.duration);
-    return 0;
-  }
-  if (data.m_tag != pwr::Data::kHandle) {
-    out.value = numberOf(data);
-    return 0;
-  }
+const pwr::DataHandle* handleOf(const pwr::Data& data) {
   const pwr::DataHandle* handle = nullptr;
   data.toHandle(handle);
-  if (handle != nullptr && handle->getHandleType() != pwr::DataHandle::kDescriptorType) {
+  return handle;
+}
+
+bool claimsToBeDescriptor(const pwr::DataHandle& handle) {
+  return handle.getHandleType() == pwr::DataHandle::kDescriptorType;
+}
+
+/// A text or a descriptor: what is told of it is how long it lasted.
+bool isState(const pwr::Data& data) {
+  if (data.m_tag != pwr::Data::kHandle) {
+    return data.m_tag == pwr::Data::kString;
+  }
+  const pwr::DataHandle* const handle = handleOf(data);
+  return handle != nullptr && claimsToBeDescriptor(*handle);
+}
+
+}  // namespace
+
+int BinaryWriter::Impl::checkHandle(const Sampling& sampling, const pwr::Data& data) {
+  if (sampling.metric.metricType != pwr::Metric::SAMPLED_VALUE) {
     return 0;
   }
-  if (dynamic_cast<const pwr::DataDescriptor*>(handle) == nullptr) {
-    pwr::logPlainWarning("WARNING: Binary writer plugin failed to retrieve descriptor\n");
-    return 1;
+  const pwr::DataHandle* const handle = handleOf(data);
+  if (handle != nullptr && (!claimsToBeDescriptor(*handle) ||
+                            dynamic_cast<const pwr::DataDescriptor*>(handle) != nullptr)) {
+    return 0;
   }
-  out.value = static_cast<double>(out.duration);
-  return 0;
+  pwr::logPlainWarning("WARNING: Binary writer plugin failed to retrieve descriptor\n");
+  return 1;
+}
+
+BinaryWriter::Impl::Value BinaryWriter::Impl::valueOf(const Sampling& sampling,
+                                                      const pwr::DataElement& element,
+                                                      const pwr::Data& data) const {
+  const std::uint64_t duration = durationOf(sampling, element);
+  switch (sampling.metric.metricType) {
+    case pwr::Metric::SAMPLED_VALUE:
+      return {duration, isState(data) ? static_cast<double>(duration) : numberOf(data)};
+    case pwr::Metric::TRACED_VALUE_TRANSITION:
+      return {duration, static_cast<double>(duration)};
+    case pwr::Metric::TRACED_EVENT:
+      return {duration, 1};
+    case pwr::Metric::SAMPLED_RESIDENCY:
+      return {duration, numberOf(data) * tickScale};
+    default:
+      return {duration, numberOf(data)};
+  }
 }
 
 std::uint64_t BinaryWriter::Impl::durationOf(const Sampling& sampling,

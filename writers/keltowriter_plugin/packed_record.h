@@ -2,12 +2,12 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+#include "client/src/common/byte_packing.h"
 #include "client/src/common/deliberate_stop.h"
 
 namespace kelto {
@@ -32,9 +32,8 @@ class PackedRecord {
   void pairs(const std::uint32_t* firsts, const std::uint64_t* seconds, std::size_t count) {
     constexpr std::size_t kPairSize = sizeof(std::uint32_t) + sizeof(std::uint64_t);
     char* at = take(count * kPairSize);
-    for (std::size_t i = 0; i < count; ++i, at += kPairSize) {
-      store(firsts[i], at);
-      store(seconds[i], at + sizeof(std::uint32_t));
+    for (std::size_t i = 0; i < count; ++i) {
+      at = pwr::packNumber(seconds[i], pwr::packNumber(firsts[i], at));
     }
   }
   void zeros(std::size_t count) { std::memset(take(count), 0, count); }
@@ -52,19 +51,7 @@ class PackedRecord {
  private:
   template <typename Unsigned>
   void integer(Unsigned value) {
-    store(value, take(sizeof(Unsigned)));
-  }
-
-  /// Lowest byte first.
-  template <typename Unsigned>
-  static void store(Unsigned value, char* at) {
-    if constexpr (std::endian::native == std::endian::little) {
-      std::memcpy(at, &value, sizeof value);  // One move, where compilers would make one per byte.
-    } else {
-      for (std::size_t i = 0; i < sizeof value; ++i) {
-        at[i] = static_cast<char>(static_cast<unsigned char>(value >> (8 * i)));
-      }
-    }
+    pwr::packNumber(value, take(sizeof(Unsigned)));
   }
 
   /// Room for `count` bytes.

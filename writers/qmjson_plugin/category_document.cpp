@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
-#include <unordered_map>
+#include <utility>
 
 #include "client/src/common/number_text.h"
 #include "writers/continuous_writer/sample_reading.h"
@@ -19,14 +18,6 @@ constexpr double kMicrosecondsPerSecond = 1e6;
 struct NumberRule {
   bool rate = false;
   double factor = 1.0;
-};
-
-/// The states of all series of a metric, in the order of the document.
-struct SharedStates {
-  std::vector<std::string> names;
-  std::unordered_map<std::string, unsigned int> ids;
-  /// The ids as keys.
-  std::vector<std::string> keys;
 };
 
 SharedStates mergeStates(const std::vector<Series*>& members) {
@@ -166,15 +157,22 @@ void writeSeries(JsonFile& file, const Series& series, const SharedStates& share
 
 }  // namespace
 
-void writeCategory(JsonFile& file, const std::vector<Series*>& members) {
-  SharedStates shared = mergeStates(members);
+CategoryDocument::CategoryDocument(std::vector<Series*> members)
+    : m_members(std::move(members)), m_shared(mergeStates(m_members)) {
+  for (Series* series : m_members) {
+    adoptStates(*series, m_shared);
+  }
+}
+
+void CategoryDocument::write(JsonFile& file) const {
+  const Series& first = *m_members.front();
+  file.key(first.categoryText());
   file.startObject();
-  const NumberRule rule = writeMetaData(file, *members.front(), shared);
+  const NumberRule rule = writeMetaData(file, first, m_shared);
   file.key("data");
   file.startObject();
-  for (Series* series : members) {
-    adoptStates(*series, shared);
-    writeSeries(file, *series, shared, rule);
+  for (const Series* series : m_members) {
+    writeSeries(file, *series, m_shared, rule);
   }
   file.endObject();
   file.endObject();

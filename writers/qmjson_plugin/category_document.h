@@ -1,12 +1,33 @@
 // The part of a .qmjson document that tells one metric.
 #pragma once
 
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 class JsonFile;
 class Series;
 
-/// Writes the object of a metric: what its numbers mean, by its first series, and all its series.
-/// The states of the series are merged and sorted, and their ids in all points made to agree.
-/// REQUIRES: there is a series.
-void writeCategory(JsonFile& file, const std::vector<Series*>& members);
+/// The states of all series of a metric, in the order of the document.
+struct SharedStates {
+  std::vector<std::string> names;
+  std::unordered_map<std::string, unsigned int> ids;
+  /// The ids as keys.
+  std::vector<std::string> keys;
+};
+
+/// A metric with all its series, which are borrowed.
+class CategoryDocument {
+ public:
+  /// Merges and sorts the states of the series, and makes their ids in all points agree. Ends the
+  /// process for a state that cannot be sorted (`sortStateNames`).
+  /// REQUIRES: there is a series.
+  explicit CategoryDocument(std::vector<Series*> members);
+
+  /// Writes the metric's member: what its numbers mean, by its first series, and all its series.
+  void write(JsonFile& file) const;
+
+ private:
+  std::vector<Series*> m_members;
+  SharedStates m_shared;
+};

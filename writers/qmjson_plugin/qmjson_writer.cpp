@@ -41,18 +41,29 @@ int QMJSONWriter::fini() {
   if (cpu == nullptr) {
     return 0;  // Without a word: hosts rely on the silence.
   }
+  // Before the file is touched: a state that cannot be sorted ends the process, and what an earlier
+  // run left under the name is still whole then.
+  const std::vector<CategoryDocument> categories = sortedCategories();
   JsonFile file(fileName);
   file.startObject();
   writeFormat(file);
-  writeSystem(file, {*systemMetadata, *cpu, toolVersion, driverVersion, commandLine});
+  writeSystem(file,
+              {*systemMetadata, *cpu, toolVersion, driverVersion, commandLine, startTimestamp});
   file.key("data");
   file.startObject();
-  for (const auto& [name, members] : seriesByCategory()) {
-    file.key(name);
-    writeCategory(file, members);
+  for (const CategoryDocument& category : categories) {
+    category.write(file);
   }
   file.endObject();
   file.endObject();
   file.finish();
   return 0;
+}
+
+std::vector<CategoryDocument> QMJSONWriter::sortedCategories() const {
+  std::vector<CategoryDocument> categories;
+  for (auto& [name, members] : seriesByCategory()) {
+    categories.emplace_back(members);
+  }
+  return categories;
 }

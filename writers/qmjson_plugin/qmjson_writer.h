@@ -1,9 +1,10 @@
 // The writer of .qmjson: a run as one document for a visualiser.
 #pragma once
 
-#include <string>
+#include <vector>
 
 #include "writers/json_plugin_helper/series_writer.h"
+#include "writers/qmjson_plugin/category_document.h"
 
 /// Writes `<base>.qmjson` at `fini`: the system, then per metric its unit, its states, and all its
 /// series with their points. docs/qmjson.md tells the document member by member. A run whose system
@@ -16,4 +17,7 @@ class QMJSONWriter : public SeriesWriter {
   /// Returns 0, also when the file cannot be made; in a continuous run what the host's output
   /// returns.
   int fini() override;
+
+ private:
+  std::vector<CategoryDocument> sortedCategories() const;
 };

@@ -32,7 +32,7 @@ void writeOs(JsonFile& file, const pwr::SystemMetadata& system) {
 void writeCollection(JsonFile& file, const SystemFacts& facts) {
   file.textMember("Qumetra Version", facts.toolVersion);
   file.textMember("Qumetra Driver Version", facts.driverVersion);
-  file.unsignedMember("Collection Start Timestamp", facts.system.m_firstTimestamp);
+  file.unsignedMember("Collection Start Timestamp", facts.startTimestamp);
   file.unsignedMember("Collection Stop Timestamp", facts.system.m_lastTimestamp);
   file.numberMember("Collection Duration", facts.system.getCollectionDurationSec());
   file.textMember("Collection Command Line", facts.commandLine);

@@ -5,20 +5,10 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
-#include <utility>
 
 namespace pwr {
-
-namespace detail {
-
-/// Without a loop, so that compilers make one store of it.
-template <std::unsigned_integral Unsigned, std::size_t... Bytes>
-void packBytes(Unsigned value, char* at, std::index_sequence<Bytes...> /*bytes*/) {
-  ((at[Bytes] = static_cast<char>(static_cast<unsigned char>(value >> (8 * Bytes)))), ...);
-}
-
-}  // namespace detail
 
 /// Writes the `sizeof(Unsigned)` bytes of `value` to `at`, the lowest first, and returns the place
 /// behind them.
@@ -28,8 +18,14 @@ void packBytes(Unsigned value, char* at, std::index_sequence<Bytes...> /*bytes*/
 /// REQUIRES: there is room for them.
 template <std::unsigned_integral Unsigned>
 char* packNumber(Unsigned value, char* at) {
-  detail::packBytes(value, at, std::make_index_sequence<sizeof(Unsigned)>());
-  return at + sizeof(Unsigned);
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(at, &value, sizeof value);  // One move, where compilers would make one per byte.
+  } else {
+    for (std::size_t i = 0; i < sizeof value; ++i) {
+      at[i] = static_cast<char>(static_cast<unsigned char>(value >> (8 * i)));
+    }
+  }
+  return at + sizeof value;
 }
 
 /// The same for the four bytes of a single-precision number.

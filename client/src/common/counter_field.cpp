@@ -58,7 +58,7 @@ int parseAggrTelemOperationMetadata(const std::string& tag, const OperationMetad
                                     CounterTable& counters) {
   const std::string name =
       metadata != nullptr ? getCounterNameFromInitValue(metadata->m_initValue, "_", "COUNTER") : "";
-  if (name.empty()) {
+  if (metadata == nullptr || name.empty()) {
     logTaggedWarning(tag.c_str(), "WARNING: %s: Unable to extract counter name from operation!\n",
                      tag.c_str());
     return 1;
