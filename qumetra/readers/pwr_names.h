@@ -31,7 +31,10 @@ struct PwrUid {
   PwrNamed kind{};
   std::uint32_t number = 0;
 
-  auto operator<=>(const PwrUid&) const = default;
+  bool operator==(const PwrUid&) const = default;
+  bool operator<(const PwrUid& other) const {
+    return kind == other.kind ? number < other.number : kind < other.kind;
+  }
 };
 
 /// A name of a kind as the format has it: "tab_group", "metric" and so on.
