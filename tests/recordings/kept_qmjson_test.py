@@ -4,7 +4,7 @@
 usage: kept_qmjson_test.py DIRECTORY SCHEMA
 
 A number that JSON lacks leaves its key without a value, which is no JSON; the tests of that say so in
-their names.
+their names. Bytes of a name that are no UTF-8 go into the document as they are, and are read as such.
 """
 
 import json
@@ -18,7 +18,7 @@ NO_JSON = "NumberThatJsonLacks"
 
 def faults(path, schema):
     try:
-        document = json.loads(path.read_text(encoding="utf-8"))
+        document = json.loads(path.read_text(encoding="utf-8", errors="surrogateescape"))
     except json.JSONDecodeError as error:
         return [] if NO_JSON in path.name else [f"no JSON: {error}"]
     if NO_JSON in path.name:

@@ -119,6 +119,8 @@ TEST_F(QmjsonDocument, StateThatEndsTheProcessLeavesTheEarlierFile) {
   sample(Metric::SAMPLED_RESIDENCY, Data(1.0), m_world.descriptor("9223372036854775807"));
   EXPECT_DEATH(m_writer.fini(), "number < LONG_MAX");
   EXPECT_EQ(readFile(file()), "earlier");
+  // It is no document, and must not be kept as one.
+  std::filesystem::remove(file());
 }
 
 TEST_F(QmjsonDocument, NamesAreEscapedAndBytesThatAreNoUtf8PassThrough) {

@@ -130,6 +130,10 @@ TEST(NumericStateDeathTest, LargestNumberEndsTheProcess) {
   EXPECT_DEATH(isNumericState("99999999999999999999"), "number < LONG_MAX");
 }
 
+TEST(NumericStateDeathTest, LargestNumberEndsTheProcessAlsoInFrontOfOtherText) {
+  EXPECT_DEATH(isNumericState("9223372036854775807 MHz"), "number < LONG_MAX");
+}
+
 TEST(NumericStateDeathTest, LargestNumberAmongStatesEndsTheProcess) {
   EXPECT_DEATH(sorted({"a", "9223372036854775807"}), "number < LONG_MAX");
   EXPECT_DEATH(sorted({"C9223372036854775807", "C2"}), "number < LONG_MAX");

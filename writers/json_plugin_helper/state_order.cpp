@@ -12,17 +12,15 @@
 
 namespace {
 
-/// The number that a text is, as a whole.
+/// The number that a text is, as a whole. A text that begins with too large a number ends the
+/// process, also when it goes on with something else.
 std::optional<long> numberOf(const char* text) {
   char* end = nullptr;
   const long number = std::strtol(text, &end, 10);
-  if (*end != '\0') {
-    return std::nullopt;
-  }
   if (number == std::numeric_limits<long>::max()) {
     pwr::stopDeliberately("writers/json_plugin_helper", "number < LONG_MAX");
   }
-  return number;
+  return *end == '\0' ? std::optional(number) : std::nullopt;
 }
 
 struct StringNumberSort {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// Whether the whole text is a decimal number as strtol reads it; the empty text is one, 0. The
-/// largest 64-bit number, and all that is larger, ends the process.
+/// Whether the whole text is a decimal number as strtol reads it; the empty text is one, 0. A text
+/// that begins with the largest signed 64-bit number, or with a larger one, ends the process.
 bool isNumericState(std::string const& state);
 
 /// Sorts states by number where they are numbers or go on with one behind a beginning that all
