@@ -21,12 +21,15 @@ void Collector::announce(MessageSink& sink) {
   }
 }
 
-void Collector::sample(std::uint64_t now, MessageSink& sink) {
-  read(now);
+void Collector::deliver(std::uint64_t now, bool withQuantity, MessageSink& sink) {
   for (const auto& metric : m_metrics) {
-    metric->deliver(now, sink);
+    if ((metric->spec().quantity != nullptr) == withQuantity) {
+      metric->deliver(now, sink);
+    }
   }
-  tellEnds(sink);
+  if (withQuantity) {
+    tellEnds(sink);
+  }
 }
 
 void Collector::summarise(SummaryContext& context) {

@@ -65,8 +65,12 @@ class Collector {
   virtual void commandStarted(std::uint32_t pid, std::uint64_t ticks);
   /// Tells the metrics to `sink`, before the samples.
   void announce(MessageSink& sink);
-  /// Reads, and delivers one sample per metric. REQUIRES: started; `now` grows from call to call.
-  void sample(std::uint64_t now, MessageSink& sink);
+  /// Reads again. REQUIRES: started; `now` grows from call to call.
+  void sample(std::uint64_t now) { read(now); }
+  /// Delivers the reading of `now`, one sample for each metric that has a quantity, or for each
+  /// that has none. All collectors deliver the latter first: a binary result describes a metric
+  /// without a quantity by that of the metric before it, and would tell CPU time in interrupts.
+  void deliver(std::uint64_t now, bool withQuantity, MessageSink& sink);
   /// Delivers the summary tables of all that was sampled.
   virtual void summarise(SummaryContext& context);
 
@@ -76,7 +80,7 @@ class Collector {
   /// Reads the source at `now` and sets the values of the metrics for the time since the last
   /// reading; a thing read for the first time gets no value yet.
   virtual void read(std::uint64_t now) = 0;
-  /// Tells `sink` of the processes whose end the last reading saw, after its samples. Here:
+  /// Tells `sink` of the processes whose end the last reading saw, after all its samples. Here:
   /// nothing.
   virtual void tellEnds(MessageSink& sink);
 

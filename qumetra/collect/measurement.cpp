@@ -78,7 +78,12 @@ bool Measurement::isOver(std::uint64_t now, ChildProcess* command) {
 
 void Measurement::takeSamples(std::uint64_t now, TeeSink& sink) {
   for (const auto& collector : m_collectors) {
-    collector->sample(now, sink);
+    collector->sample(now);
+  }
+  for (const bool withQuantity : {false, true}) {
+    for (const auto& collector : m_collectors) {
+      collector->deliver(now, withQuantity, sink);
+    }
   }
   m_end.time = now;
   ++m_end.outcome.moments;

@@ -80,6 +80,18 @@ TEST_F(CollectionTest, ARunShorterThanTheIntervalHasOneSample) {
   EXPECT_EQ(1U, replay.sink.samplesOf("CPU Time").size());
 }
 
+TEST_F(CollectionTest, MetricsWithoutAQuantityComeFirstAtEachMoment) {
+  options.interval = std::chrono::hours(1);
+  collect();
+  const Replay replay(options.recordPath);
+  std::vector<std::string> metrics;
+  for (const KeptSample& sample : replay.sink.samples) {
+    metrics.push_back(sample.metric);
+  }
+  EXPECT_THAT(metrics, ElementsAre("CPU Time", "CPU Idle States", "Process CPU Time", "Interrupts",
+                                   "Context Switches", "CPU Idle State Entries"));
+}
+
 TEST_F(CollectionTest, MetricIdsCountFromOneOverAllCollectors) {
   collect();
   const Replay replay(options.recordPath);

@@ -38,6 +38,11 @@ class CollectorFixture : public testing::Test {
     collector.start(kStart);
     collector.announce(sink);
   }
+  void sample(Collector& collector, std::uint64_t now) {
+    collector.sample(now);
+    collector.deliver(now, false, sink);
+    collector.deliver(now, true, sink);
+  }
 
   FakeMachine machine;
   Model model;

@@ -39,7 +39,7 @@ TEST_F(CpuIdleTest, TimesBecomeTicksPerStateAndCpu) {
   machine.setIdleState(0, 0, 101, 10);
   machine.setIdleState(0, 1, 2500, 23);
   machine.setIdleState(2, 1, 2007, 21);
-  collector.sample(kStart + us(1000), sink);
+  sample(collector, kStart + us(1000));
   const std::string cpu0 = "Package 0/Core 0/CPU 0";
   const std::string cpu2 = "Package 1/Core 0/CPU 2";
   EXPECT_THAT(sink.samplesOf(kResidency).at(0).elements,
@@ -58,7 +58,7 @@ TEST_F(CpuIdleTest, CountersThatStepBackGiveZero) {
   addTwoCpus();
   openAndStart(collector);
   machine.setIdleState(0, 1, 1, 1);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(0U, sink.samplesOf(kResidency).at(0).elements.at(1).value);
   EXPECT_EQ(0U, sink.samplesOf(kEntries).at(0).elements.at(1).value);
 }
@@ -67,7 +67,7 @@ TEST_F(CpuIdleTest, StatesComeInTheOrderOfTheirNumbers) {
   machine.addIdleState(0, 10, "C10", 0, 0);
   machine.addIdleState(0, 2, "C2", 0, 0);
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const auto sample = sink.samplesOf(kResidency).at(0);
   EXPECT_EQ("C2", sample.elements.at(0).state);
   EXPECT_EQ("C10", sample.elements.at(1).state);
@@ -76,7 +76,7 @@ TEST_F(CpuIdleTest, StatesComeInTheOrderOfTheirNumbers) {
 TEST_F(CpuIdleTest, CpusShareTheDescriptorOfAState) {
   addTwoCpus();
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const pwr::Metric& metric = *sink.metrics.at(kResidency);
   EXPECT_EQ(2U, metric.states.size());
   EXPECT_EQ(metric.entities[1].second, metric.entities[3].second);
@@ -87,7 +87,7 @@ TEST_F(CpuIdleTest, TwoStatesOfOneNameAreToldApart) {
   machine.addIdleState(0, 0, "C1", 0, 0);
   machine.addIdleState(0, 1, "C1", 0, 0);
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const auto sample = sink.samplesOf(kResidency).at(0);
   EXPECT_EQ("C1", sample.elements.at(0).state);
   EXPECT_EQ("C1 state1", sample.elements.at(1).state);
@@ -96,7 +96,7 @@ TEST_F(CpuIdleTest, TwoStatesOfOneNameAreToldApart) {
 TEST_F(CpuIdleTest, AStateWithoutANameHasItsNumber) {
   machine.setIdleState(0, 3, 5, 5);
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ("state3", sink.samplesOf(kResidency).at(0).elements.at(0).state);
 }
 
@@ -104,14 +104,14 @@ TEST_F(CpuIdleTest, TheDescriptionOfAStateIsItsHeader) {
   machine.addIdleState(0, 0, "C6", 0, 0);
   machine.writeSys("devices/system/cpu/cpu0/cpuidle/state0/desc", "MWAIT 0x20\n");
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ("MWAIT 0x20", sink.metrics.at(kResidency)->entities.at(0).second->getHeader());
 }
 
 TEST_F(CpuIdleTest, EntriesHaveARateOfCodeNine) {
   addTwoCpus();
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const pwr::Quantity* rate = nullptr;
   double factor = 0;
   ASSERT_EQ(0, sink.metrics.at(kEntries)->quantity->getRateConversion(rate, factor));
@@ -124,7 +124,7 @@ TEST_F(CpuIdleTest, AFileThatTurnsToGarbageCostsItsValueOnly) {
   openAndStart(collector);
   machine.writeSys("devices/system/cpu/cpu0/cpuidle/state0/time", "soon\n");
   machine.writeSys("devices/system/cpu/cpu0/cpuidle/state1/time", "");
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(2U, sink.samplesOf(kResidency).at(0).elements.size());
   EXPECT_EQ(4U, sink.samplesOf(kEntries).at(0).elements.size());
 }
@@ -137,14 +137,14 @@ TEST_F(CpuIdleTest, ACpuThatIsBackIsFoundWithinASecondAndStartsAfresh) {
     machine.writeSys(std::string("devices/system/cpu/cpu2/cpuidle/") + file, "");
   }
   machine.removeSys("devices/system/cpu/cpu2/cpuidle");
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(2U, sink.samplesOf(kResidency).at(0).elements.size());
   machine.addIdleState(2, 0, "POLL", 5, 5);
   machine.addIdleState(2, 1, "C1", 6, 6);
-  collector.sample(3 * kSecond, sink);
+  sample(collector, 3 * kSecond);
   EXPECT_EQ(2U, sink.samplesOf(kResidency).at(1).elements.size()) << "a new first reading";
   machine.setIdleState(2, 1, 9, 7);
-  collector.sample(4 * kSecond, sink);
+  sample(collector, 4 * kSecond);
   const auto last = sink.samplesOf(kResidency).at(2);
   EXPECT_EQ(us(3), KeepingSink::valueOf(last, "Package 1/Core 0/CPU 2", "C1"));
   EXPECT_EQ(kSecond, last.elements.back().duration);
@@ -155,9 +155,9 @@ TEST_F(CpuIdleTest, ACpuThatWasOfflineAtTheStartIsFoundLater) {
   openAndStart(collector);
   machine.addIdleState(7, 0, "POLL", 0, 0);
   machine.addIdleState(7, 1, "C1", 0, 0);
-  collector.sample(3 * kSecond, sink);
+  sample(collector, 3 * kSecond);
   machine.setIdleState(7, 0, 4, 1);
-  collector.sample(4 * kSecond, sink);
+  sample(collector, 4 * kSecond);
   EXPECT_EQ(us(4), KeepingSink::valueOf(sink.samplesOf(kResidency).at(1), "Package 1/Core 1/CPU 7",
                                         "POLL"));
 }
@@ -179,14 +179,14 @@ TEST_F(CpuIdleTest, TheFolderOfTheDriverIsNoCpu) {
   machine.writeSys("devices/system/cpu/cpuidle/current_driver", "acpi_idle\n");
   machine.writeSys("devices/system/cpu/cpufreq/x", "");
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(4U, sink.samplesOf(kResidency).at(0).elements.size());
 }
 
 TEST_F(CpuIdleTest, TwoCollectorsShareTheEntitiesOfTheMachine) {
   addTwoCpus();
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(&entities->cpu(2), sink.metrics.at(kResidency)->entityList.at(1));
   EXPECT_EQ(entities->cpu(0).getParent(), entities->cpu(4).getParent()) << "one core";
   EXPECT_NE(entities->cpu(0).getParent(), entities->cpu(2).getParent()) << "core 0 of another";

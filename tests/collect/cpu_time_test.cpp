@@ -83,7 +83,7 @@ TEST_F(CpuTimeTest, EachModeHasTheTimeOfTheIntervalInTicks) {
   writeStat(cpuLine(0, {100, 10, 20, 30, 40, 50, 60, 70}) + cpuLine(3, modes(0, 0)));
   openAndStart(collector);
   writeStat(cpuLine(0, {101, 12, 23, 34, 45, 56, 67, 78}) + cpuLine(3, modes(0, 7)));
-  collector.sample(5000, sink);
+  sample(collector, 5000);
 
   const auto samples = sink.samplesOf("CPU Time");
   ASSERT_EQ(1U, samples.size());
@@ -120,7 +120,7 @@ TEST_F(CpuTimeTest, CountersAreDeltasWithTheirDuration) {
   writeStat(cpuLine(0, modes(1, 1)), 1000, 50);
   openAndStart(collector);
   writeStat(cpuLine(0, modes(1, 1)), 1007, 53);
-  collector.sample(3000, sink);
+  sample(collector, 3000);
   EXPECT_THAT(sink.samplesOf("Interrupts").at(0).elements,
               ElementsAre(KeptElement{"System", "Interrupts", 2, 7, 2000}));
   EXPECT_THAT(sink.samplesOf("Context Switches").at(0).elements,
@@ -131,7 +131,7 @@ TEST_F(CpuTimeTest, ACounterThatStepsBackGivesZero) {
   writeStat(cpuLine(0, modes(5, 5, 100)), 1000);
   openAndStart(collector);
   writeStat(cpuLine(0, modes(6, 5, 90)), 900);
-  collector.sample(3000, sink);
+  sample(collector, 3000);
   const auto sample = sink.samplesOf("CPU Time").at(0);
   EXPECT_EQ(0U, KeepingSink::valueOf(sample, "Package 0/Core 0/CPU 0", "iowait"));
   EXPECT_EQ(step, KeepingSink::valueOf(sample, "Package 0/Core 0/CPU 0", "user"));
@@ -143,13 +143,13 @@ TEST_F(CpuTimeTest, ACpuThatGoesGivesNoValuesAndStartsAfreshWhenItIsBack) {
   writeStat(cpuLine(0, modes(0, 0)) + cpuLine(1, modes(10, 0)));
   openAndStart(collector);
   writeStat(cpuLine(0, modes(1, 0)));
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(8U, sink.samplesOf("CPU Time").at(0).elements.size());
   writeStat(cpuLine(0, modes(2, 0)) + cpuLine(1, modes(500, 0)));
-  collector.sample(3000, sink);
+  sample(collector, 3000);
   EXPECT_EQ(8U, sink.samplesOf("CPU Time").at(1).elements.size());
   writeStat(cpuLine(0, modes(3, 0)) + cpuLine(1, modes(504, 0)));
-  collector.sample(4500, sink);
+  sample(collector, 4500);
   const auto last = sink.samplesOf("CPU Time").at(2);
   EXPECT_EQ(4 * step, KeepingSink::valueOf(last, cpu1, "user"));
   EXPECT_EQ(1500U, last.elements.back().duration);
@@ -161,9 +161,9 @@ TEST_F(CpuTimeTest, ACpuThatComesLaterIsFoundInTheTopology) {
   writeStat(cpuLine(0, modes(0, 0)));
   openAndStart(collector);
   writeStat(cpuLine(0, modes(0, 0)) + cpuLine(6, modes(0, 0)));
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   writeStat(cpuLine(0, modes(0, 0)) + cpuLine(6, modes(2, 0)));
-  collector.sample(3000, sink);
+  sample(collector, 3000);
   EXPECT_EQ(2 * step, KeepingSink::valueOf(sink.samplesOf("CPU Time").at(1),
                                            "Package 1/Core 0/CPU 6", "user"));
   EXPECT_EQ(8U, sink.metrics["CPU Time"]->entities.size()) << "not known in advance";
@@ -173,7 +173,7 @@ TEST_F(CpuTimeTest, ACpuThatIsToldTwiceCountsOnce) {
   writeStat(cpuLine(0, modes(1, 0)));
   openAndStart(collector);
   writeStat(cpuLine(0, modes(3, 0)) + cpuLine(0, modes(9, 0)));
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const auto sample = sink.samplesOf("CPU Time").at(0);
   EXPECT_EQ(8U, sample.elements.size());
   EXPECT_EQ(2 * step, sample.elements[0].value);
@@ -183,10 +183,10 @@ TEST_F(CpuTimeTest, AReadingWithoutACounterIsBridgedByTheNext) {
   writeStat(cpuLine(0, modes(0, 0)), 10);
   openAndStart(collector);
   machine.writeProc("stat", cpuLine(0, modes(0, 0)) + "intr what\n");
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_TRUE(sink.samplesOf("Interrupts").empty());
   writeStat(cpuLine(0, modes(0, 0)), 16);
-  collector.sample(3000, sink);
+  sample(collector, 3000);
   EXPECT_THAT(sink.samplesOf("Interrupts").at(0).elements,
               ElementsAre(KeptElement{"System", "Interrupts", 2, 6, 2000}));
 }
@@ -195,7 +195,7 @@ TEST_F(CpuTimeTest, AFileThatTurnsToGarbageGivesNothingAndBreaksNothing) {
   writeStat(cpuLine(0, modes(0, 0)));
   openAndStart(collector);
   machine.writeProc("stat", std::string(5000, '\xff'));
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_TRUE(sink.samples.empty());
 }
 
@@ -209,7 +209,7 @@ TEST_F(CpuTimeTest, AFileLongerThanTheBufferIsReadWhole) {
   writeStat(before);
   openAndStart(collector);
   writeStat(after, 77);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   EXPECT_EQ(999 * step, KeepingSink::valueOf(sink.samplesOf("CPU Time").at(0),
                                              "Package 0/Core 999/CPU 999", "user"));
   EXPECT_EQ(77U, sink.samplesOf("Interrupts").at(0).elements.at(0).value);
@@ -219,7 +219,7 @@ TEST_F(CpuTimeTest, TheMetricKnowsItsColumnsAndStatesInAdvance) {
   machine.addTwoPackages();
   writeStat(cpuLine(0, modes(0, 0)) + cpuLine(1, modes(0, 0)));
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const pwr::Metric& metric = *sink.metrics.at("CPU Time");
   EXPECT_EQ(pwr::Metric::SAMPLED_RESIDENCY, metric.metricType);
   EXPECT_EQ(1U, metric.metricId);
@@ -241,7 +241,7 @@ TEST_F(CpuTimeTest, TheMetricKnowsItsColumnsAndStatesInAdvance) {
 TEST_F(CpuTimeTest, CountsHaveARateOfCodeNine) {
   writeStat(cpuLine(0, modes(0, 0)));
   openAndStart(collector);
-  collector.sample(2000, sink);
+  sample(collector, 2000);
   const pwr::Metric& metric = *sink.metrics.at("Interrupts");
   EXPECT_EQ(pwr::Metric::SAMPLED_DELTA, metric.metricType);
   EXPECT_EQ("interrupts", metric.quantity->toUnitsString());

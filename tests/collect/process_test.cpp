@@ -135,7 +135,7 @@ TEST_F(ProcessTest, CpuTimeOfTheToolIsTheStepsSinceTheLastReading) {
   writeTool(40);
   openAndStart(collector);
   writeTool(43);
-  collector.sample(kStart + kSecond, sink);
+  sample(collector, kStart + kSecond);
   EXPECT_THAT(sink.samplesOf(kMetric).at(0).elements,
               ElementsAre(KeptElement{"qumetra", "Active", 2, 3 * step, kSecond}));
 }
@@ -143,7 +143,7 @@ TEST_F(ProcessTest, CpuTimeOfTheToolIsTheStepsSinceTheLastReading) {
 TEST_F(ProcessTest, TheCommandIsMeasuredFromItsStart) {
   startWithCommand();
   writeCommand({.name = "make", .userTime = 2, .systemTime = 5});
-  collector.sample(kStart + kSecond, sink);
+  sample(collector, kStart + kSecond);
   EXPECT_THAT(sink.samplesOf(kMetric).at(0).elements,
               ElementsAre(KeptElement{"qumetra", "Active", 2, 0, kSecond},
                           KeptElement{"make", "Active", 2, 7 * step, kSecond - 100}));
@@ -183,11 +183,11 @@ TEST_F(ProcessTest, AProcessWithoutANameIsCalledByItsNumber) {
 TEST_F(ProcessTest, AnEndIsToldOnceBehindTheLastValue) {
   startWithCommand();
   writeCommand({.name = "make", .state = 'Z', .userTime = 4});
-  collector.sample(kStart + kSecond, sink);
+  sample(collector, kStart + kSecond);
   EXPECT_EQ(4 * step, KeepingSink::valueOf(sink.samplesOf(kMetric).at(0), "make", "Active"));
   EXPECT_THAT(sink.order, ElementsAre("container", "sample", "ended"));
   EXPECT_EQ(kStart + kSecond, processOf(1).getEndTime());
-  collector.sample(kStart + 2 * kSecond, sink);
+  sample(collector, kStart + 2 * kSecond);
   EXPECT_THAT(sink.samplesOf(kMetric).at(1).elements,
               ElementsAre(KeptElement{"qumetra", "Active", 2, 0, kSecond}));
   EXPECT_EQ(std::vector<const pwr::DataHandle*>{&processOf(1)}, sink.ends);
@@ -197,8 +197,8 @@ TEST_F(ProcessTest, AnEndIsToldOnceBehindTheLastValue) {
 TEST_F(ProcessTest, AProcessThatOutlivesTheCollectionIsKnownUpToTheLastReading) {
   startWithCommand();
   writeCommand({.name = "make", .state = 'Z'});
-  collector.sample(kStart + kSecond, sink);
-  collector.sample(kStart + 2 * kSecond, sink);
+  sample(collector, kStart + kSecond);
+  sample(collector, kStart + 2 * kSecond);
   SummaryContext summary{.model = model, .sink = sink};
   collector.summarise(summary);
   EXPECT_EQ(kStart + 2 * kSecond, processOf(0).getEndTime());
@@ -209,7 +209,7 @@ TEST_F(ProcessTest, AProcessThatOutlivesTheCollectionIsKnownUpToTheLastReading) 
 TEST_F(ProcessTest, AProcessThatIsGoneHasEnded) {
   startWithCommand();
   machine.writeProc("101/stat", "");
-  collector.sample(kStart + kSecond, sink);
+  sample(collector, kStart + kSecond);
   EXPECT_THAT(sink.samplesOf(kMetric).at(0).elements, testing::SizeIs(1));
   EXPECT_EQ(std::vector<const pwr::DataHandle*>{&processOf(1)}, sink.ends);
 }
@@ -218,7 +218,7 @@ TEST_F(ProcessTest, ATimeThatStepsBackIsNone) {
   writeTool(40);
   openAndStart(collector);
   writeTool(39);
-  collector.sample(kStart + kSecond, sink);
+  sample(collector, kStart + kSecond);
   EXPECT_EQ(0U, sink.samplesOf(kMetric).at(0).elements.at(0).value);
 }
 
