@@ -44,9 +44,8 @@ void addCheckCommand(CLI::App& app, Action& action) {
       "each\n"
       "metric and entity rise, and, as warnings, that all uids are declared.\n"
       "\n"
-      "Exit status: 0 all is well; 1 a .pwr file is faulty; 2 a .qmbin file is, or a file cannot "
-      "be\n"
-      "read. What is wrong is told on standard error.");
+      "Exit status: 0 all is well; 1 a file is faulty; 2 a file cannot be read.\n"
+      "What is wrong is told on standard error.");
 }
 
 }  // namespace qumetra::cli

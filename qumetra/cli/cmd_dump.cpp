@@ -44,8 +44,7 @@ void addDumpCommand(CLI::App& app, Action& action) {
       ->required();
   command->add_flag("--json", options->json, "As JSON Lines, one object per record");
   command->footer(
-      "Exit status: 0 done; 1 a .pwr file is faulty; 2 a .qmbin file is, or a file cannot be "
-      "read.\n"
+      "Exit status: 0 done; 1 a file is faulty; 2 a file cannot be read.\n"
       "What is wrong is told on standard error; what can be read is shown all the same.");
   command->callback(
       [&action, options] { action = [options](const CommonOptions&) { return dump(*options); }; });

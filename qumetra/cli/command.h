@@ -18,7 +18,7 @@ enum ExitStatus : int {
   kDone = 0,
   /// A writer's `init` or `fini` failed.
   kWriterFailed = 1,
-  /// An import stream that was read back is faulty.
+  /// A result that was read back is faulty.
   kFaulty = 1,
   /// Wrong usage, or a file that cannot be read or written.
   kWrongInput = 2,

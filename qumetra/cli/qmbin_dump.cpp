@@ -217,7 +217,7 @@ int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, Aft
     printer.startFile(file);
     FileSource source(file);
     const QmbinCounts counts = reader.read(source);
-    status = counts.faults == 0 ? status : kWrongInput;
+    status = counts.faults == 0 ? status : kFaulty;
     afterFile(file, counts);
   }
   printer.endFile();

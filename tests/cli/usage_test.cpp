@@ -35,7 +35,7 @@ TEST(Usage, EveryCommandHasHelp) {
   EXPECT_THAT(Tool().run({"writers", "--help"}).out, HasSubstr("--json"));
   EXPECT_THAT(Tool().run({"platform", "--help"}).out, HasSubstr("--json"));
   EXPECT_THAT(Tool().run({"dump", "--help"}).out, HasSubstr("A .pwr file, or a .qmbin file"));
-  EXPECT_THAT(Tool().run({"check", "--help"}).out, HasSubstr("1 a .pwr file is faulty"));
+  EXPECT_THAT(Tool().run({"check", "--help"}).out, HasSubstr("1 a file is faulty"));
 }
 
 TEST(Usage, VersionIsPrintedBeforeAndAfterTheCommand) {
