@@ -122,8 +122,8 @@ class Line {
   void tell(const PwrUserWakelock& wakelock) {
     add("user wakelock {} at {}: {}, {}, uid {}, pid {}, tid {}",
         nameOf(kActions, static_cast<std::uint8_t>(wakelock.action)), wakelock.tsc,
-        quoted(wakelock.name), nameOf(kFlags, wakelock.flag), wakelock.uid, wakelock.pid,
-        wakelock.tid);
+        quoted(wakelock.name), nameOf(kFlags, wakelock.flag),
+        named({PwrNamed::Package, wakelock.uid}), wakelock.pid, wakelock.tid);
   }
 
   void tell(const PwrPackage& package) {

@@ -120,7 +120,12 @@ void PwrChecker::take(const PwrSample& sample) {
 
 void PwrChecker::take(const PwrKernelWakelock& wakelock) { checkTime(m_times.wakelock(wakelock)); }
 
-void PwrChecker::take(const PwrUserWakelock& wakelock) { checkTime(m_times.wakelock(wakelock)); }
+void PwrChecker::take(const PwrUserWakelock& wakelock) {
+  checkTime(m_times.wakelock(wakelock));
+  if (wakelock.uid != 0) {
+    refer({PwrNamed::Package, wakelock.uid});
+  }
+}
 
 void PwrChecker::checkTime(const std::string& problem) {
   if (!problem.empty()) {

@@ -6,23 +6,31 @@
 namespace qumetra {
 namespace {
 
-/// In the order of `PwrNamed`; metrics come last and are no kind of node.
-constexpr std::array<std::string_view, 8> kKinds{"tab_group",        "timeline_group", "quantity",
-                                                 "entity",           "field",          "color",
-                                                 "nameid_attribute", "metric"};
+/// In the order of `PwrNamed`.
+constexpr std::array kKinds{"tab_group", "timeline_group",   "quantity", "entity", "field",
+                            "color",     "nameid_attribute", "metric",   "package"};
+/// The first of them are kinds of nodes.
+constexpr std::size_t kNodeKinds = 7;
 
-/// What people know the node by: the two colours, or the short form of the name.
-const std::string& nameOf(const PwrInfo& info, PwrNamed kind) {
+/// What people know it by; of a node the short form, which for a colour is only its state's name.
+const std::string& nameOf(const PwrRecord& record, PwrNamed kind) {
+  if (kind == PwrNamed::Metric) {
+    return std::get<PwrMetric>(record.body).name;
+  }
+  if (kind == PwrNamed::Package) {
+    return std::get<PwrPackage>(record.body).name;
+  }
+  const auto& info = std::get<PwrInfo>(record.body);
   return kind == PwrNamed::Color ? info.longName : info.shortName;
 }
 
 }  // namespace
 
-const char* pwrNamedText(PwrNamed kind) { return kKinds[static_cast<std::size_t>(kind)].data(); }
+const char* pwrNamedText(PwrNamed kind) { return kKinds[static_cast<std::size_t>(kind)]; }
 
 std::optional<PwrNamed> pwrNodeKind(std::string_view kindName) {
-  for (std::size_t i = 0; i + 1 < kKinds.size(); ++i) {
-    if (kKinds[i] == kindName) {
+  for (std::size_t i = 0; i < kNodeKinds; ++i) {
+    if (kindName == kKinds[i]) {
       return static_cast<PwrNamed>(i);
     }
   }
@@ -32,6 +40,9 @@ std::optional<PwrNamed> pwrNodeKind(std::string_view kindName) {
 std::optional<PwrUid> pwrDeclaredUid(const PwrRecord& record) {
   if (const auto* metric = std::get_if<PwrMetric>(&record.body)) {
     return PwrUid{PwrNamed::Metric, metric->metricId};
+  }
+  if (const auto* package = std::get_if<PwrPackage>(&record.body)) {
+    return PwrUid{PwrNamed::Package, package->uid};
   }
   const auto* const info = std::get_if<PwrInfo>(&record.body);
   if (info == nullptr) {
@@ -62,13 +73,9 @@ std::optional<PwrUid> pwrReferredUid(const PwrAttribute& attribute) {
 }
 
 void PwrNames::learn(const PwrRecord& record) {
-  const std::optional<PwrUid> uid = pwrDeclaredUid(record);
-  if (!uid) {
-    return;
+  if (const std::optional<PwrUid> uid = pwrDeclaredUid(record)) {
+    m_names.insert_or_assign(*uid, nameOf(record, uid->kind));
   }
-  const auto* const info = std::get_if<PwrInfo>(&record.body);
-  m_names.insert_or_assign(
-      *uid, info == nullptr ? std::get<PwrMetric>(record.body).name : nameOf(*info, uid->kind));
 }
 
 const std::string* PwrNames::find(PwrUid uid) const {

@@ -12,7 +12,8 @@
 
 namespace qumetra {
 
-/// The things that have a uid, each kind by its own numbers; metrics have ids.
+/// The things that have a uid, each kind by its own numbers; metrics have ids, and packages the
+/// uids of their users.
 enum class PwrNamed : std::uint8_t {
   TabGroup,
   TimelineGroup,
@@ -21,7 +22,8 @@ enum class PwrNamed : std::uint8_t {
   Field,
   Color,
   NameId,
-  Metric
+  Metric,
+  Package
 };
 
 /// A uid and of what.

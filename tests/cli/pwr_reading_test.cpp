@@ -85,7 +85,7 @@ TEST_F(PwrDump, ShowsEveryKindAsALine) {
       "391 sample at 72623859790382856: metric 30 \"ab\", real 1.5\n"
       "437 package at 4000: uid 10042, \"p\"\n"
       "461 kernel wakelock lock with timeout at 4000: \"W\", timeout 5000, pid 1, tid 2\n"
-      "498 user wakelock unlock all at 4000: \"W\", screen bright, uid 10042, pid 1, tid 2\n",
+      "498 user wakelock unlock all at 4000: \"W\", screen bright, uid 10042 \"p\", pid 1, tid 2\n",
       shown.out);
 }
 
@@ -284,8 +284,8 @@ TEST_F(PwrDump, WakelockRecordingIsReadBackAsItSaid) {
       withoutOffsets(linesWith(shown, "10042")),
       ElementsAre(
           R"(package at 6000: uid 10042, "com.example.music")",
-          R"(user wakelock lock at 5000: "Audio", screen dim, uid 10042, pid 900, tid 901)",
-          R"(user wakelock unlock at 6000: "Audio", screen dim, uid 10042, pid 900, tid 901)"));
+          R"(user wakelock lock at 5000: "Audio", screen dim, uid 10042 "com.example.music", pid 900, tid 901)",
+          R"(user wakelock unlock at 6000: "Audio", screen dim, uid 10042 "com.example.music", pid 900, tid 901)"));
 }
 
 TEST_F(PwrCheck, PassesWhatTheWriterMakes) {
@@ -310,9 +310,9 @@ TEST_F(PwrCheck, PassesALiveCollection) {
 
 TEST_F(PwrCheck, CountsWhatIsThere) {
   const ToolResult checked =
-      check(fromHex(kMagicHex + kKernelWakelockHex + kUserWakelockHex) +
+      check(fromHex(kMagicHex + kKernelWakelockHex + kPackageHex + kUserWakelockHex) +
             infoBytes("entity", 7, "seven") + sampleBytes(1000, {{PwrAttributeId::Entity, 7}}));
-  EXPECT_EQ("r.pwr: 5 records, 0 metrics, 1 samples, 2 wakelock records, 0 warnings, 0 faults\n",
+  EXPECT_EQ("r.pwr: 6 records, 0 metrics, 1 samples, 2 wakelock records, 0 warnings, 0 faults\n",
             checked.out);
 }
 
@@ -322,6 +322,12 @@ TEST_F(PwrCheck, UndeclaredUidIsAWarning) {
   EXPECT_EQ(0, checked.status);
   EXPECT_EQ("r.pwr: byte 8: warning: no record declares the entity 7\n", checked.err);
   EXPECT_THAT(checked.out, EndsWith(" 1 warnings, 0 faults\n"));
+}
+
+TEST_F(PwrCheck, PackageThatNoRecordNamesIsAWarning) {
+  const ToolResult checked = check(fromHex(kMagicHex + kUserWakelockHex));
+  EXPECT_EQ(0, checked.status);
+  EXPECT_EQ("r.pwr: byte 8: warning: no record declares the package 10042\n", checked.err);
 }
 
 TEST_F(PwrCheck, TimeThatDoesNotRiseIsAFault) {

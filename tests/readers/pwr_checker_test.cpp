@@ -227,6 +227,18 @@ TEST(PwrReferenceCheck, MetricNeedsItsQuantityAndGroups) {
                                             "8: no record declares the timeline_group 1610612738"));
 }
 
+TEST(PwrReferenceCheck, PackageOfAWakelockNeedsItsName) {
+  EXPECT_THAT(check(fromHex(kMagicHex + kUserWakelockHex)).warnings,
+              ElementsAre("8: no record declares the package 10042"));
+  EXPECT_THAT(check(fromHex(kMagicHex + kPackageHex + kUserWakelockHex)).warnings, IsEmpty());
+}
+
+TEST(PwrReferenceCheck, WakelockOfNoPackageNeedsNone) {
+  std::string bytes = fromHex(kUserWakelockHex);
+  bytes.replace(26, 4, littleEndian(0, 4));
+  EXPECT_THAT(check(fromHex(kMagicHex) + bytes).warnings, IsEmpty());
+}
+
 TEST(PwrReferenceCheck, ParentsAreOfTheKindThatFits) {
   EXPECT_THAT(
       check(fromHex(kMagicHex) + infoBytes("timeline_group", 1, "a", 2) +
@@ -261,11 +273,13 @@ struct Constant {
 class ConstantCheck : public testing::TestWithParam<Constant> {};
 
 TEST_P(ConstantCheck, OtherValueIsAWarning) {
+  const std::string front = fromHex(kPackageHex);
   std::string bytes = fromHex(GetParam().hex);
-  EXPECT_THAT(check(bytes).warnings, IsEmpty());
+  EXPECT_THAT(check(front + bytes).warnings, IsEmpty());
   bytes[GetParam().place] = 0x7f;
-  EXPECT_THAT(check(bytes).warnings, ElementsAre("0: a constant field of the " + GetParam().kind +
-                                                 " record has another value than usual"));
+  EXPECT_THAT(check(front + bytes).warnings,
+              ElementsAre("24: a constant field of the " + GetParam().kind +
+                          " record has another value than usual"));
 }
 
 INSTANTIATE_TEST_SUITE_P(

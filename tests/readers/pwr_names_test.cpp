@@ -49,6 +49,11 @@ TEST(PwrNames, MetricIsKnownByItsId) {
               Pointee(std::string("ab")));
 }
 
+TEST(PwrNames, PackageIsKnownByItsUid) {
+  EXPECT_THAT(namesOf(fromHex(kPackageHex)).find({PwrNamed::Package, 10042}),
+              Pointee(std::string("p")));
+}
+
 TEST(PwrNames, NodesAreKnownByTheirShortNames) {
   EXPECT_THAT(namesOf(fromHex(kInfoHex)).find({PwrNamed::Entity, 300}), Pointee(std::string("C")));
 }
