@@ -153,7 +153,8 @@ Frame frameOf(const std::string& file, const Shape& shape) {
   std::memcpy(&metricSize, file.data() + systemEnd + 12, sizeof metricSize);
   Frame frame{file.substr(0, systemEnd), file.substr(systemEnd, 12 + std::size_t{metricSize}), {}};
   // METRIC, ENTITY; then FIELD, DURATION, COLOR and UINT of each state.
-  std::size_t at = systemEnd + frame.metricRecord.size() + kSampleHead + (2 + 2) * 12 + 4;
+  std::size_t at =
+      systemEnd + frame.metricRecord.size() + kSampleHead + std::size_t{(2 + 2) * 12 + 4};
   for (std::size_t i = 0; i < shape.states; ++i, at += std::size_t{4} * 12) {
     frame.colors.emplace_back();
     std::memcpy(&frame.colors.back(), file.data() + at, sizeof(std::uint64_t));

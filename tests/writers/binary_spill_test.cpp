@@ -19,7 +19,9 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr std::size_t kRecordSize = 27;
-constexpr std::size_t kBlockRecords = SampleStore::kBlockSize / kRecordSize;
+/// Of one message.
+constexpr std::size_t kBlockRecords =
+    (SampleStore::kBlockSize - SampleStore::kRunHeadSize) / SampleStore::kWaitingSize;
 
 /// Samples are numbered: their values are 0, 1, 2 …
 class BinarySpill : public BinaryResult {

@@ -1,7 +1,6 @@
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
 
 #include <array>
-#include <cstring>
 #include <utility>
 
 #include "host/environment.h"
@@ -59,7 +58,6 @@ BinaryWriter::Impl::Impl(std::string base, bool isContinuous)
     : basePath(std::move(base)),
       continuous(isContinuous),
       stringMessage(pwr::bin::makeRecord(MsgType::String, pwr::bin::kStringFixedSize)),
-      sampleMessage(pwr::bin::makeRecord(MsgType::Sample, pwr::bin::kSampleSize)),
       metricMessage(pwr::bin::makeRecord(MsgType::Metric, pwr::bin::kMetricFixedSize)),
       descriptorMessage(pwr::bin::makeRecord(MsgType::Descriptor, pwr::bin::kDescriptorSize)),
       systemMessage(pwr::bin::makeRecord(MsgType::System, pwr::bin::kSystemSize)) {}
@@ -82,8 +80,7 @@ int BinaryWriter::Impl::writeMessage(const pwr::SystemMessage& message) {
 int BinaryWriter::Impl::writeMessage(const pwr::Metric& metric) {
   const pwr::SampleData& data = metric.getData();
   Sampling sampling{metric, hasNoDuration(metric)};
-  pwr::bin::setField(sampleMessage, pwr::bin::kTimestamp, data.timestamp);
-  pwr::bin::setField(sampleMessage, pwr::bin::kSampleMetricId, metric.metricId);
+  m_samples.startMessage(data.timestamp, metric.metricId);
   for (const pwr::DataElement* element : data.elements) {
     if (writeElement(sampling, *element) != 0) {
       return 1;
@@ -105,14 +102,8 @@ int BinaryWriter::Impl::writeElement(Sampling& sampling, const pwr::DataElement&
   }
   const Value value = valueOf(sampling, element, data);
   const std::uint16_t name = getSampleNameIdx_i(sampling, element);
-
-  using namespace pwr::bin;
-  char* const record = m_samples.append();
-  std::memcpy(record, sampleMessage.data(), kSampleRecordSize);
-  setField(record, kSampleDuration, static_cast<float>(value.duration));
-  setField(record, kSampleName, name);
-  setField(record, kSampleDescriptor, descriptor);
-  setField(record, kSampleValue, static_cast<float>(value.number));
+  m_samples.append(static_cast<float>(value.duration), name, descriptor,
+                   static_cast<float>(value.number));
   return 0;
 }
 

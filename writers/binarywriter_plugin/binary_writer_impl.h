@@ -113,8 +113,6 @@ class BinaryWriter::Impl {
   std::uint32_t descriptorCount = 0;
   std::map<const pwr::DataDescriptor*, std::uint16_t> descriptorIndices;
   Record stringMessage;
-  /// Holds what all samples of a message share.
-  Record sampleMessage;
   /// Kept from metric to metric: one without a quantity repeats that of the one before.
   Record metricMessage;
   Record descriptorMessage;

@@ -28,7 +28,17 @@ char* packNumber(Unsigned value, char* at) {
   return at + sizeof value;
 }
 
-/// The same for the four bytes of a single-precision number.
+/// The number whose bytes stand at `at`, the lowest first. REQUIRES: they are there.
+template <std::unsigned_integral Unsigned>
+Unsigned unpackNumber(const char* at) {
+  Unsigned value = 0;
+  for (std::size_t i = sizeof(Unsigned); i-- > 0;) {
+    value = static_cast<Unsigned>(value << 8U | static_cast<unsigned char>(at[i]));
+  }
+  return value;
+}
+
+/// `packNumber` for the four bytes of a single-precision number.
 inline char* packNumber(float value, char* at) {
   static_assert(std::numeric_limits<float>::is_iec559);
   return packNumber(std::bit_cast<std::uint32_t>(value), at);
