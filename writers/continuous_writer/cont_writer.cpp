@@ -8,7 +8,7 @@
 #include "host/services.h"
 #include "host/system_metadata.h"
 #include "writers/continuous_writer/metric_description.h"
-#include "writers/continuous_writer/system_lookup.h"
+#include "writers/system_lookup.h"
 
 namespace {
 
