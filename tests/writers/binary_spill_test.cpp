@@ -168,5 +168,32 @@ TEST_F(BinarySpill, HandleIsLeftEmpty) {
   EXPECT_EQ(handle->m_pendingBytes, 0U);
 }
 
+/// Keeps what is flushed, and empties the buffer by itself.
+class EmptyingHandle : public pwr::Logger {
+ public:
+  EmptyingHandle() : pwr::Logger("") {}
+
+  void flush() override {
+    flushed.insert(flushed.end(), m_buffer.begin(), m_buffer.end());
+    m_buffer = {};
+  }
+
+  std::vector<char> flushed;
+};
+
+TEST_F(BinarySpill, HandleMayEmptyItsBufferByItself) {
+  SampleStore store;
+  std::vector<char> given;
+  for (std::size_t i = 0; i <= 2 * kBlockRecords; ++i) {
+    const std::string record(kRecordSize, static_cast<char>('a' + i % 26));
+    record.copy(store.append(), kRecordSize);
+    given.insert(given.end(), record.begin(), record.end());
+  }
+  EmptyingHandle handle;
+  store.moveTo(handle);
+  handle.flush();
+  EXPECT_TRUE(handle.flushed == given);
+}
+
 }  // namespace
 }  // namespace qumetra::test

@@ -41,8 +41,8 @@ void SampleStore::moveTo(pwr::Logger& output) {
 void SampleStore::flushSpilled(pwr::Logger& output) {
   flush(output);
   std::size_t lost = 0;
-  output.m_buffer.resize(kBlockSize);
   for (std::size_t i = 0; i < m_spilled.count(); ++i) {
+    output.m_buffer.resize(kBlockSize);  // Each time: a host may empty it as it flushes.
     if (m_spilled.take(i, output.m_buffer.data())) {
       flush(output);
     } else {
