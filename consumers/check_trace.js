@@ -31,7 +31,10 @@ function groupBy(events, keyOf) {
   const groups = new Map();
   for (const event of events) {
     const key = keyOf(event);
-    groups.set(key, [...(groups.get(key) ?? []), event]);
+    if (!groups.has(key)) {
+      groups.set(key, []);
+    }
+    groups.get(key).push(event);
   }
   return groups;
 }

@@ -33,22 +33,18 @@ ROOMS = {
 }
 
 # The units of writers/ that every writer may include, and the few that may include one another.
-FRAME_UNITS = {"writer_plugins", "table_cells"}
+FRAME_UNITS = {"writer_plugins", "table_cells", "system_lookup"}
+# What a sample means and how a value becomes text is the same in the results of these writers.
+SAMPLE_UNITS = {"sample_reading", "data_text"}
+SAMPLE_WRITERS = {"continuous_writer", "json_plugin_helper", "json_plugin", "qmjson_plugin",
+                  "binarywriter_plugin"}
 WRITER_PAIRS = {
     # The PHM form derives from the trace writer.
     ("phmwriter_text_plugin", "textwriter_plugin"),
     # The JSON pair has a shared base, which serves continuous mode too.
     ("qmjson_plugin", "json_plugin_helper"),
     ("json_plugin", "json_plugin_helper"),
-    ("qmjson_plugin", "continuous_writer"),
-    ("json_plugin", "continuous_writer"),
     ("json_plugin_helper", "continuous_writer"),
-    # One routine turns a value into text for all of them.
-    ("continuous_writer", "data_text"),
-    ("json_plugin_helper", "data_text"),
-    ("qmjson_plugin", "data_text"),
-    ("json_plugin", "data_text"),
-    ("binarywriter_plugin", "data_text"),
 }
 # The one file that knows every writer: it makes them.
 REGISTRY = "writers/writer_plugins.cpp"
@@ -68,6 +64,7 @@ def writer_may_include(source, target):
         return False
     own, other = writer_unit(source), writer_unit(target)
     return (source == REGISTRY or own == other or other in FRAME_UNITS
+            or (other in SAMPLE_UNITS and own in SAMPLE_WRITERS | SAMPLE_UNITS)
             or (own, other) in WRITER_PAIRS)
 
 

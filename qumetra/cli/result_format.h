@@ -10,8 +10,8 @@ namespace qumetra::cli {
 enum class ResultFormat { Qmbin, Pwr };
 
 /// The format that all of these files have, by their suffixes and, where the format has one, by the
-/// mark that a file begins with. Throws `UsageError` for a file of no known format and for files of
-/// different ones; files that cannot be opened are left to their reader.
+/// mark that a regular file begins with. Throws `UsageError` for a file of no known format and for
+/// files of different ones; files that cannot be opened are left to their reader.
 ResultFormat formatOf(const std::vector<std::string>& files);
 
 }  // namespace qumetra::cli

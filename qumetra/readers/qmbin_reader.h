@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <unordered_map>
 
@@ -84,7 +85,8 @@ class QmbinReader {
   std::array<char, kLongestPayload> m_payload;
   std::unordered_map<std::uint16_t, std::string> m_texts;
   std::unordered_map<std::uint16_t, QmbinDescriptor> m_descriptors;
-  std::unordered_map<std::uint32_t, QmbinMetric> m_metrics;
+  // In order, since the ids in a hostile file could be chosen to collide in a hash table.
+  std::map<std::uint32_t, QmbinMetric> m_metrics;
 };
 
 }  // namespace qumetra

@@ -1,4 +1,6 @@
 // qumetra dump and qumetra check of binary results.
+#include <sys/stat.h>
+
 #include <string>
 
 #include <gmock/gmock.h>
@@ -45,6 +47,27 @@ TEST_F(Dump, ShowsOneLinePerRecordWithItsNames) {
   EXPECT_EQ(0, shown.status);
   EXPECT_EQ("metric 7: a, a, group a, 0 columns\n9 a: a = 0.1, 2.5 us\n", shown.out);
   EXPECT_EQ("", shown.err);
+}
+
+TEST_F(Dump, NameThatWouldBreakTheLineIsQuoted) {
+  const std::string escape = bytes("\x09\0\0\x01\0\x05\0\x1b[2J\n");
+  const ToolResult shown = m_tool.run({"dump", result("r.qmbin", escape + kMetric + kSample)});
+  EXPECT_THAT(shown.out, EndsWith("9 \"\\u001b[2J\\n\": \"\\u001b[2J\\n\" = 0.1, 2.5 us\n"));
+}
+
+TEST_F(Dump, NameThatIsNoUtf8IsQuoted) {
+  const std::string text = bytes("\x05\0\0\x01\0\x01\0\xff");
+  const ToolResult shown = m_tool.run({"dump", result("r.qmbin", text + kMetric + kSample)});
+  EXPECT_THAT(shown.out, EndsWith("9 \"\\udcff\": \"\\udcff\" = 0.1, 2.5 us\n"));
+}
+
+TEST_F(Dump, ReadsAPipeFromItsFront) {
+  ASSERT_EQ(0, ::mkfifo(m_tool.file("r.qmbin").c_str(), 0600));
+  m_tool.start({"dump", "r.qmbin"});
+  writeFile(m_tool.file("r.qmbin"), kText + kMetric + kSample);
+  const ToolResult shown = m_tool.wait();
+  EXPECT_EQ(0, shown.status);
+  EXPECT_THAT(shown.out, EndsWith("9 a: a = 0.1, 2.5 us\n"));
 }
 
 TEST_F(Dump, ShowsJsonLinesWithTheShortestNumbers) {

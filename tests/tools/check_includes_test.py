@@ -33,6 +33,18 @@ class CheckIncludes(unittest.TestCase):
         self.assertFalse(check_includes.may_include(
             "writers/keltowriter_plugin/samples.cpp", "writers/json_plugin.h"))
 
+    def test_writers_of_samples_share_what_a_sample_means(self):
+        for writer in ("continuous_writer/a.cpp", "json_plugin_helper/a.cpp",
+                       "binarywriter_plugin/a.cpp"):
+            self.assertTrue(
+                check_includes.may_include("writers/" + writer, "writers/sample_reading.h"))
+        self.assertTrue(
+            check_includes.may_include("writers/sample_reading.cpp", "writers/data_text.h"))
+        self.assertFalse(check_includes.may_include(
+            "writers/textwriter_plugin/a.cpp", "writers/sample_reading.h"))
+        self.assertFalse(check_includes.may_include(
+            "writers/binarywriter_plugin/a.cpp", "writers/continuous_writer/cont_writer.h"))
+
     def test_only_the_registry_knows_every_writer(self):
         self.assertTrue(check_includes.may_include(
             "writers/writer_plugins.cpp", "writers/json_plugin.h"))

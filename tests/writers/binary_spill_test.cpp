@@ -1,4 +1,5 @@
 // Samples that are too many for memory, and what becomes of them when the disk fails.
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 
@@ -168,6 +169,37 @@ TEST_F(BinarySpill, HandleIsLeftEmpty) {
   EXPECT_EQ(m_writer.fini(), 0);
   EXPECT_THAT(handle->m_buffer, IsEmpty());
   EXPECT_EQ(handle->m_pendingBytes, 0U);
+}
+
+/// Keeps what is flushed, and empties the buffer by itself.
+class EmptyingHandle : public pwr::Logger {
+ public:
+  EmptyingHandle() : pwr::Logger("") {}
+
+  void flush() override {
+    flushed.insert(flushed.end(), m_buffer.begin(), m_buffer.end());
+    m_buffer = {};
+  }
+
+  std::vector<char> flushed;
+};
+
+TEST_F(BinarySpill, HandleMayEmptyItsBufferByItself) {
+  SampleStore store;
+  store.startMessage(9, 7);
+  for (std::size_t i = 0; i <= 2 * kBlockRecords; ++i) {
+    store.append(2.0F, static_cast<std::uint16_t>(i), 3, 4.0F);
+  }
+  EmptyingHandle handle;
+  store.moveTo(handle);
+  handle.flush();
+  const std::string flushed(handle.flushed.begin(), handle.flushed.end());
+  ASSERT_EQ(flushed.size(), (2 * kBlockRecords + 1) * kRecordSize);
+  for (std::size_t i = 0; i <= 2 * kBlockRecords; i += kBlockRecords) {
+    EXPECT_EQ(hexOf(flushed.substr(i * kRecordSize, kRecordSize)),
+              "18 00 04 09 00 00 00 00 00 00 00 00 00 00 40 07 00 00 00 " +
+                  hexOf({static_cast<char>(i), static_cast<char>(i >> 8U)}) + " 03 00 00 00 80 40");
+  }
 }
 
 }  // namespace

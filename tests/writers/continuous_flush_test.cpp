@@ -50,6 +50,20 @@ TEST_F(ContinuousFlush, OtherExtensionKeepsAll) {
   EXPECT_EQ(m_writer.metadata.size(), 1U);
 }
 
+TEST_F(ContinuousFlush, FlushWithoutAHostKeepsAllAndUsesNoNumber) {
+  m_writer.extension = ".qmjson";
+  sampleOf(Metric::SAMPLED_DELTA, Data(1.0));
+  PluginEnvironment* const host = std::exchange(g_pluginEnvironment, nullptr);
+  EXPECT_EQ(m_writer.flushContinuousResults(m_world.system()), 1);
+  g_pluginEnvironment = host;
+  EXPECT_EQ(m_writer.data.size(), 1U);
+  EXPECT_EQ(m_writer.metadata.size(), 1U);
+
+  EXPECT_EQ(m_writer.flushContinuousResults(m_world.system()), 1);
+  EXPECT_EQ(parseFile(file("run_0.qmjson"))["Metadata"].Size(), 2U);
+  EXPECT_EQ(parseFile(file("run_0.qmjson"))["Data"].Size(), 1U);
+}
+
 TEST_F(ContinuousFlush, BothFormsAreNumberedApartFromZero) {
   for (const char* extension : {".json", ".json", ".qmjson"}) {
     m_writer.extension = extension;

@@ -8,10 +8,10 @@
 #include "host/logger.h"
 #include "host/messages.h"
 #include "host/pwset.h"
-#include "host/quantity.h"
 #include "host/services.h"
 #include "host/system_metadata.h"
 #include "writers/binarywriter_plugin/records.h"
+#include "writers/sample_reading.h"
 
 namespace {
 
@@ -40,16 +40,6 @@ std::string fileName(const std::string& base) {
   std::array<char, kFileNameSize> name{};
   pw_snprintf(name.data(), name.size(), "%s.qmbin", base.c_str());
   return name.data();
-}
-
-/// Sampled values and events stand for no span of time; but where a sampled value has a quantity,
-/// only a rate does not.
-bool hasNoDuration(const pwr::Metric& metric) {
-  if (metric.metricType == pwr::Metric::SAMPLED_VALUE && metric.quantity != nullptr) {
-    return metric.quantity->toQuantity() == pwr::Quantity::kRate;
-  }
-  return metric.metricType == pwr::Metric::SAMPLED_VALUE ||
-         metric.metricType == pwr::Metric::TRACED_EVENT;
 }
 
 }  // namespace

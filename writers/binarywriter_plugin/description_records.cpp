@@ -6,37 +6,15 @@
 #include "host/system_metadata.h"
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
 #include "writers/binarywriter_plugin/records.h"
+#include "writers/sample_reading.h"
+#include "writers/system_lookup.h"
 
 using namespace pwr::bin;
 
-namespace {
-
-/// The processor of the measured system, or null.
-const pwr::CPUMetadata* processorOf(const pwr::SystemMetadata& system) {
-  const auto found = system.m_platformMetadata.find(pwr::SystemMetadata::kCpu);
-  return found == system.m_platformMetadata.end()
-             ? nullptr
-             : dynamic_cast<const pwr::CPUMetadata*>(found->second);
-}
-
-}  // namespace
-
 std::string BinaryWriter::Impl::getTypeString_i(pwr::Metric::MetricType type) {
   // Only the low byte counts: 0x102 reads as a sampled value here, and nowhere else.
-  switch (static_cast<std::uint64_t>(type) & 0xFFU) {
-    case pwr::Metric::SAMPLED_DELTA:
-      return "SAMPLED_DELTA";
-    case pwr::Metric::SAMPLED_RESIDENCY:
-      return "SAMPLED_RESIDENCY";
-    case pwr::Metric::SAMPLED_VALUE:
-      return "SAMPLED_VALUE";
-    case pwr::Metric::TRACED_VALUE_TRANSITION:
-      return "TRACED_VALUE_TRANSITION";
-    case pwr::Metric::TRACED_EVENT:
-      return "TRACED_EVENT";
-    default:
-      return "UNKNOWN";
-  }
+  return metricTypeName(
+      static_cast<pwr::Metric::MetricType>(static_cast<std::uint64_t>(type) & 0xFFU));
 }
 
 void BinaryWriter::Impl::createMetricMeta_i(const pwr::Metric& metric) {
@@ -84,7 +62,7 @@ void BinaryWriter::Impl::createSystemMeta_i(const pwr::SystemMetadata& system) {
   setField(systemMessage, kFirstTimestamp, system.m_firstTimestamp);
   setField(systemMessage, kLastTimestamp, system.m_lastTimestamp);
   setField(systemMessage, kDuration, static_cast<float>(system.getCollectionDurationSec()));
-  const pwr::CPUMetadata* processor = processorOf(system);
+  const pwr::CPUMetadata* processor = processorOf(&system);
   if (processor == nullptr) {
     return;
   }

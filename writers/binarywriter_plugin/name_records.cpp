@@ -4,7 +4,7 @@
 #include "host/metric.h"
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
 #include "writers/binarywriter_plugin/records.h"
-#include "writers/data_text.h"
+#include "writers/sample_reading.h"
 
 using pwr::bin::MsgType;
 using pwr::bin::setField;
@@ -85,19 +85,11 @@ std::uint16_t BinaryWriter::Impl::getStateIdx_i(const pwr::DataElement& element)
 }
 
 std::string BinaryWriter::Impl::getState_i(const pwr::DataElement* element) {
-  std::string state;
-  const pwr::DataDescriptor* descriptor = element->getDescriptor();
-  if (descriptor != nullptr && getFirstDataAttributeAsString_i(descriptor, state) != 0) {
-    state = descriptor->getName();
-  }
-  return state;
+  const pwr::DataDescriptor* const descriptor = element->getDescriptor();
+  return descriptor == nullptr ? std::string() : stateOf(*descriptor);
 }
 
 int BinaryWriter::Impl::getFirstDataAttributeAsString_i(
     const pwr::AttributeValueManager* attributes, std::string& out) {
-  const auto first = attributes->begin();
-  if (first == attributes->end() || first->first == nullptr) {
-    return 1;
-  }
-  return getStringFromData_i(&first->second, &out);
+  return namedFirstAttributeText(*attributes, out);
 }

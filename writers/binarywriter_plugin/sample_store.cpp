@@ -119,6 +119,7 @@ void SampleStore::flushSpilled(pwr::Logger& output) {
       ++lost;
       continue;
     }
+    // Each time: a host may empty it as it flushes.
     output.m_buffer.resize(recordsSize(block.data(), block.size()));
     writeRecords(block.data(), block.size(), output.m_buffer.data());
     flush(output);

@@ -5,35 +5,9 @@
 #include "host/handles.h"
 #include "host/metric.h"
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
+#include "writers/sample_reading.h"
 
 namespace {
-
-/// The low end of a range; 0 for what is neither a number nor a range.
-double lowEndOf(const pwr::Data& real) {
-  pwr::Data::RealRange range{0, 0};
-  real.toRealRange(range);
-  return range.first;
-}
-
-/// A number, or the low end of a range; 0 for what is neither.
-double numberOf(const pwr::Data& data) {
-  double number = 0;
-  if (data.toReal(number) == 0) {
-    return number;
-  }
-  const pwr::Data real = pwr::Data::convertToReal(&data);
-  return real.toReal(number) == 0 ? number : lowEndOf(real);
-}
-
-const pwr::DataHandle* handleOf(const pwr::Data& data) {
-  const pwr::DataHandle* handle = nullptr;
-  data.toHandle(handle);
-  return handle;
-}
-
-bool claimsToBeDescriptor(const pwr::DataHandle& handle) {
-  return handle.getHandleType() == pwr::DataHandle::kDescriptorType;
-}
 
 /// A text or a descriptor: what is told of it is how long it lasted.
 bool isState(const pwr::Data& data) {
@@ -65,15 +39,15 @@ BinaryWriter::Impl::Value BinaryWriter::Impl::valueOf(const Sampling& sampling,
   const std::uint64_t duration = durationOf(sampling, element);
   switch (sampling.metric.metricType) {
     case pwr::Metric::SAMPLED_VALUE:
-      return {duration, isState(data) ? static_cast<double>(duration) : numberOf(data)};
+      return {duration, isState(data) ? static_cast<double>(duration) : numbersOf(data).value};
     case pwr::Metric::TRACED_VALUE_TRANSITION:
       return {duration, static_cast<double>(duration)};
     case pwr::Metric::TRACED_EVENT:
       return {duration, 1};
     case pwr::Metric::SAMPLED_RESIDENCY:
-      return {duration, numberOf(data) * tickScale};
+      return {duration, numbersOf(data).value * tickScale};
     default:
-      return {duration, numberOf(data)};
+      return {duration, numbersOf(data).value};
   }
 }
 

@@ -8,7 +8,7 @@
 #include "host/services.h"
 #include "host/system_metadata.h"
 #include "writers/continuous_writer/metric_description.h"
-#include "writers/continuous_writer/system_lookup.h"
+#include "writers/system_lookup.h"
 
 namespace {
 
@@ -99,6 +99,9 @@ int ContWriter::flushContinuousResults(pwr::SystemMetadata const& system) {
   if (cpu == nullptr) {
     return 0;
   }
+  if (g_pluginEnvironment == nullptr) {
+    return 1;
+  }
   if (extension == ".json") {
     flushTraceEvents_i();
   } else if (extension == ".qmjson") {
@@ -170,15 +173,13 @@ void ContWriter::flushQmjson_i() {
 void ContWriter::handOut_i(int number, rapidjson::StringBuffer const& document) {
   std::array<char, kFileNameSize> name{};
   pw_snprintf(name.data(), name.size(), "%s_%d%s", outputBase.c_str(), number, extension.c_str());
-  if (g_pluginEnvironment != nullptr) {
-    pwr::Logger& output = *g_pluginEnvironment->getFileOutputHandle(name.data());
-    output.m_buffer.insert(output.m_buffer.end(), document.GetString(),
-                           document.GetString() + document.GetSize());
-    output.flush();
-    output.m_buffer.clear();
-    output.m_pendingBytes = 0;
-    output.close();
-  }
+  pwr::Logger& output = *g_pluginEnvironment->getFileOutputHandle(name.data());
+  output.m_buffer.insert(output.m_buffer.end(), document.GetString(),
+                         document.GetString() + document.GetSize());
+  output.flush();
+  output.m_buffer.clear();
+  output.m_pendingBytes = 0;
+  output.close();
   metadata.clear();
   data.clear();
 }

@@ -28,7 +28,8 @@ class ContWriter : public ContinuousWriter {
   ~ContWriter() override;
 
   /// Returns 0 when `system` has no processor: nothing is written then, and all is kept. Returns 1
-  /// otherwise, which is no failure; also for another extension, where all is kept too.
+  /// otherwise, which is no failure; also for another extension and without a host's environment,
+  /// where all is kept too.
   virtual int flushContinuousResults(pwr::SystemMetadata const& system);
 
   /// Writes the entries of `node` as members of the object that is open. A key with several values
@@ -43,6 +44,7 @@ class ContWriter : public ContinuousWriter {
  private:
   void flushTraceEvents_i();
   void flushQmjson_i();
-  /// Brings a document to the file of that number and forgets what it was made from.
+  /// Brings a document to the file of that number and forgets what it was made from. REQUIRES:
+  /// there is a host's environment.
   void handOut_i(int number, rapidjson::StringBuffer const& document);
 };

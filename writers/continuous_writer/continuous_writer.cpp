@@ -9,7 +9,7 @@
 #include "host/pwset.h"
 #include "host/system_metadata.h"
 #include "writers/continuous_writer/metric_description.h"
-#include "writers/continuous_writer/sample_reading.h"
+#include "writers/sample_reading.h"
 
 namespace {
 

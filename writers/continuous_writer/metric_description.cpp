@@ -7,7 +7,7 @@
 #include "host/platform_metadata.h"
 #include "host/quantity.h"
 #include "host/system_metadata.h"
-#include "writers/continuous_writer/sample_reading.h"
+#include "writers/sample_reading.h"
 
 namespace {
 

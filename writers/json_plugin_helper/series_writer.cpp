@@ -10,9 +10,9 @@
 #include "host/messages.h"
 #include "host/quantity.h"
 #include "host/system_metadata.h"
-#include "writers/continuous_writer/sample_reading.h"
 #include "writers/data_text.h"
 #include "writers/json_plugin_helper/state_order.h"
+#include "writers/sample_reading.h"
 
 namespace {
 

@@ -13,6 +13,7 @@
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/keltowriter_plugin/packed_record.h"
+#include "writers/system_lookup.h"
 
 namespace {
 
@@ -33,20 +34,12 @@ std::string_view terminatedText(const std::string& text) { return text.c_str(); 
 
 bool is32Bit(const std::string& osType) { return osType == "i386" || osType == "i686"; }
 
-const pwr::CPUMetadata* processorOf(const pwr::SystemMetadata& metadata) {
-  const auto entry = metadata.m_platformMetadata.find(pwr::SystemMetadata::kCpu);
-  return entry == metadata.m_platformMetadata.end()
-             ? nullptr
-             : dynamic_cast<const pwr::CPUMetadata*>(entry->second);
-}
-
 }  // namespace
 
 int KeltoWriter::handleSystemMessage(const pwr::SystemMessage& message) {
   systemInfo = std::make_unique<KeltoSystemInfo>();
   systemStreamId = message.m_id;
-  const pwr::CPUMetadata* const cpu =
-      message.m_metadata == nullptr ? nullptr : processorOf(*message.m_metadata);
+  const pwr::CPUMetadata* const cpu = processorOf(message.m_metadata);
   if (cpu == nullptr) {
     return 1;  // The run goes on without header records, and with a start at 0.
   }

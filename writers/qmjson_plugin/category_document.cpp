@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "client/src/common/number_text.h"
-#include "writers/continuous_writer/sample_reading.h"
 #include "writers/json_plugin_helper/json_file.h"
 #include "writers/json_plugin_helper/series.h"
 #include "writers/json_plugin_helper/state_order.h"
+#include "writers/sample_reading.h"
 
 namespace {
 

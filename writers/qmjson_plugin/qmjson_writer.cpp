@@ -1,9 +1,9 @@
 #include "writers/qmjson_plugin/qmjson_writer.h"
 
-#include "writers/continuous_writer/system_lookup.h"
 #include "writers/json_plugin_helper/json_file.h"
 #include "writers/qmjson_plugin/category_document.h"
 #include "writers/qmjson_plugin/system_document.h"
+#include "writers/system_lookup.h"
 
 namespace {
 

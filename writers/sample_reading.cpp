@@ -1,4 +1,4 @@
-#include "writers/continuous_writer/sample_reading.h"
+#include "writers/sample_reading.h"
 
 #include <utility>
 
@@ -16,17 +16,8 @@ bool isRange(const Data& value) {
          value.m_tag == Data::kRealRange;
 }
 
-void readNumber(const Data& value, SampleValue& out) {
-  const Data real = Data::convertToReal(&value);
-  if (!isRange(value)) {
-    static_cast<void>(real.toReal(out.value));
-    return;
-  }
-  Data::RealRange range{};
-  static_cast<void>(real.toRealRange(range));
-  out.value = range.first;
-  out.high = range.second;
-  out.isRange = true;
+void setNumbers(const Data& value, SampleValue& out) {
+  static_cast<ValueNumbers&>(out) = numbersOf(value);
 }
 
 void setState(std::string state, double duration, SampleValue& out) {
@@ -45,7 +36,7 @@ int readSampledValue(const Data& value, double duration, SampleValue& out) {
     return 0;
   }
   if (value.m_tag != Data::kHandle) {
-    readNumber(value, out);
+    setNumbers(value, out);
     return 0;
   }
   out.isState = true;
@@ -86,28 +77,39 @@ bool isTraced(Metric::MetricType type) {
 }
 
 int firstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out) {
-  if (attributes.begin() == attributes.end()) {
-    return 1;
-  }
-  return getStringFromData_i(&attributes.begin()->second, &out);
+  const auto first = attributes.begin();
+  return first == attributes.end() ? 1 : getStringFromData_i(&first->second, &out);
 }
 
 int namedFirstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out) {
-  if (attributes.begin() == attributes.end() || attributes.begin()->first == nullptr) {
+  const auto first = attributes.begin();
+  if (first == attributes.end() || first->first == nullptr) {
     return 1;
   }
-  return getStringFromData_i(&attributes.begin()->second, &out);
+  return getStringFromData_i(&first->second, &out);
 }
 
 std::string stateOf(const pwr::DataDescriptor& descriptor) {
   std::string text;
-  return namedFirstAttributeText(descriptor, text) == 0 ? text : descriptor.getName();
+  if (namedFirstAttributeText(descriptor, text) != 0) {
+    text = descriptor.getName();
+  }
+  return text;
+}
+
+const pwr::DataHandle* handleOf(const Data& value) {
+  const pwr::DataHandle* handle = nullptr;
+  static_cast<void>(value.toHandle(handle));
+  return handle;
+}
+
+bool claimsToBeDescriptor(const pwr::DataHandle& handle) {
+  return handle.getHandleType() == pwr::DataHandle::kDescriptorType;
 }
 
 HeldDescriptor heldDescriptor(const Data& value) {
-  const pwr::DataHandle* handle = nullptr;
-  if (value.toHandle(handle) != 0 || handle == nullptr ||
-      handle->getHandleType() != pwr::DataHandle::kDescriptorType) {
+  const pwr::DataHandle* const handle = handleOf(value);
+  if (handle == nullptr || !claimsToBeDescriptor(*handle)) {
     return {};
   }
   return {true, dynamic_cast<const pwr::DataDescriptor*>(handle)};
@@ -115,6 +117,24 @@ HeldDescriptor heldDescriptor(const Data& value) {
 
 std::string nameOf(const pwr::DataHandle* handle) {
   return handle == nullptr ? std::string() : handle->getName();
+}
+
+ValueNumbers numbersOf(const Data& value) {
+  ValueNumbers numbers;
+  if (value.toReal(numbers.value) == 0) {
+    return numbers;  // By far the most frequent, and nothing to convert.
+  }
+  const Data real = Data::convertToReal(&value);
+  numbers.isRange = isRange(value);
+  if (!numbers.isRange) {
+    static_cast<void>(real.toReal(numbers.value));
+    return numbers;
+  }
+  Data::RealRange range{};
+  static_cast<void>(real.toRealRange(range));
+  numbers.value = range.first;
+  numbers.high = range.second;
+  return numbers;
 }
 
 int readValue(const Metric& metric, const pwr::DataElement& element, double duration,
@@ -131,7 +151,7 @@ int readValue(const Metric& metric, const pwr::DataElement& element, double dura
       return readSampledValue(value, duration, out);
     default:
       if (value.m_tag != Data::kHandle) {
-        readNumber(value, out);
+        setNumbers(value, out);
       }
       return 0;
   }

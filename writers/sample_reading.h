@@ -1,4 +1,4 @@
-// What a sample's element means: the rules that the continuous and the JSON results share.
+// What a sample's element means: the rules that the continuous, JSON and binary results share.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ class AttributeValueManager;
 }  // namespace pwr
 
 /// Whether the values of `metric` stand for a moment instead of a span of time: events do, and
-/// sampled values without a quantity, or with the quantity of a rate.
+/// sampled values without a quantity, or with that of a rate.
 bool hasNoDuration(const pwr::Metric& metric);
 
 /// The name of a metric type in results, "UNKNOWN" for a number without meaning.
@@ -29,6 +29,12 @@ int namedFirstAttributeText(const pwr::AttributeValueManager& attributes, std::s
 /// The state that a descriptor stands for: the text of its first attribute, else its name.
 std::string stateOf(const pwr::DataDescriptor& descriptor);
 
+/// The handle in a value; null when it has none, or a null one.
+const pwr::DataHandle* handleOf(const pwr::Data& value);
+
+/// Whether the handle says that it is a descriptor. One may say so and be none.
+bool claimsToBeDescriptor(const pwr::DataHandle& handle);
+
 /// The handle in a value, as far as it matters here.
 struct HeldDescriptor {
   /// The value holds a handle that says it is a descriptor.
@@ -41,13 +47,18 @@ HeldDescriptor heldDescriptor(const pwr::Data& value);
 /// The name of a handle; empty for null.
 std::string nameOf(const pwr::DataHandle* handle);
 
-/// The numbers of an element's value.
-struct SampleValue {
+/// The number in a value, or both ends of its range; 0 for a value that holds neither.
+struct ValueNumbers {
   /// The low end of a range.
   double value = 0.0;
   /// The high end of a range; otherwise without meaning.
   double high = 0.0;
   bool isRange = false;
+};
+ValueNumbers numbersOf(const pwr::Data& value);
+
+/// What an element's value says.
+struct SampleValue : ValueNumbers {
   /// The value is a state rather than a number; `state` replaces the element's when it is set.
   bool isState = false;
   bool hasState = false;

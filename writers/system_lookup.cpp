@@ -1,4 +1,4 @@
-#include "writers/continuous_writer/system_lookup.h"
+#include "writers/system_lookup.h"
 
 #include "host/platform_metadata.h"
 #include "host/system_metadata.h"
