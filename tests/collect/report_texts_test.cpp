@@ -10,7 +10,6 @@ namespace qumetra::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(SpanText, IsInMillisecondsBelowASecond) {
   EXPECT_EQ("100 ms", spanText(100'000'000));

@@ -7,7 +7,6 @@ using qumetra::test::hex;
 using qumetra::test::KeltoTest;
 using qumetra::test::number;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class KeltoProcesses : public KeltoTest {
  protected:

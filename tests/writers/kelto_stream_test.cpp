@@ -12,17 +12,13 @@ using qumetra::test::FullDisk;
 using qumetra::test::hex;
 using qumetra::test::KeltoTest;
 using qumetra::test::kNoResult;
-using qumetra::test::LogCapture;
 using qumetra::test::NoPlaceForTempFiles;
 using qumetra::test::notSupported;
 using qumetra::test::OpenKeltoWriter;
-using qumetra::test::readFile;
 using qumetra::test::writeFile;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::EndsWith;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 constexpr const char* kMagic = "\x00\x00\x00\x08\xFA\xDE\xDE\xAD";
 const std::string kMagicRecord(kMagic, 8);

@@ -13,7 +13,6 @@ namespace {
 using pwr::Data;
 using pwr::Metric;
 using qumetra::test::give;
-using qumetra::test::readFile;
 using Warnings = qumetra::test::RecordingSink::Texts;
 
 class QmjsonSample : public qumetra::test::QmjsonResults {};
