@@ -12,9 +12,6 @@
 namespace qumetra::cli {
 namespace {
 
-/// The version whose real numbers were cut to unsigned ones.
-constexpr std::uint16_t kLegacyVersion = 1;
-
 /// Appends members to an object, one by one.
 class Members {
  public:
@@ -171,7 +168,7 @@ void addFields(Members& members, const PwrSample& sample) {
   JsonText& json = members.member("attributes");
   json.beginList();
   for (const PwrAttribute& attribute : sample.attributes) {
-    addAttribute(json, attribute, sample.version == kLegacyVersion);
+    addAttribute(json, attribute, sample.version == kPwrLegacyVersion);
   }
   json.endList();
 }

@@ -17,9 +17,6 @@
 namespace qumetra::cli {
 namespace {
 
-/// The version whose real numbers were cut to unsigned ones.
-constexpr std::uint16_t kLegacyVersion = 1;
-
 constexpr std::array<const char*, 5> kActions{"lock", "unlock", "lock with timeout", "initial lock",
                                               "unlock all"};
 constexpr std::array<const char*, 5> kFlags{"partial", "full", "screen dim", "screen bright",
@@ -97,7 +94,7 @@ class Line {
     const char* separator = ": ";
     for (const PwrAttribute& attribute : sample.attributes) {
       add("{}{} {}", std::exchange(separator, ", "), pwrAttributeName(attribute.id),
-          valueOf(attribute, sample.version == kLegacyVersion));
+          valueOf(attribute, sample.version == kPwrLegacyVersion));
     }
   }
 

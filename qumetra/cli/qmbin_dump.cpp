@@ -45,11 +45,6 @@ class Dumper : public FaultPrinter {
   std::string& m_out = m_result.line();
 };
 
-bool isControl(char byte) {
-  constexpr char kDelete = 0x7f;
-  return (byte >= 0 && byte < ' ') || byte == kDelete;
-}
-
 /// A name as it is; one that would break the line, or that no terminal should get, as in JSON.
 std::string shown(const std::string& name) {
   if (std::none_of(name.begin(), name.end(), isControl) &&

@@ -50,11 +50,6 @@ std::optional<std::uint32_t> parsePid(std::string_view text) {
   return static_cast<std::uint32_t>(*number);
 }
 
-bool isControl(char byte) {
-  constexpr char kDelete = 0x7f;
-  return (byte >= 0 && byte < ' ') || byte == kDelete;
-}
-
 }  // namespace
 
 std::optional<ProcessStat> parseProcessStat(std::string_view text) {

@@ -28,7 +28,6 @@ constexpr std::uint32_t kMagicNumber = 0xADDEDEFA;
 constexpr std::uint32_t kHeadMarkerNumber = 0x02000020;
 constexpr std::uint8_t kHeadMarkerLevel = 2;
 
-constexpr std::uint16_t kLegacyVersion = 1;
 constexpr std::uint16_t kVersion = 2;
 
 // The most that the format lets a record have, texts with their terminating zeros.
@@ -301,7 +300,7 @@ void Decoder::take(PwrThread& thread) {
 }
 
 void Decoder::take(PwrInfo& info) {
-  if (info.version != kVersion && info.version != kLegacyVersion) {
+  if (info.version != kVersion && info.version != kPwrLegacyVersion) {
     return unknown("version", info.version);
   }
   info.infoType = m_fields.u32();
@@ -321,7 +320,7 @@ void Decoder::take(PwrInfo& info) {
 }
 
 void Decoder::take(PwrMetric& metric) {
-  if (metric.version != kVersion && metric.version != kLegacyVersion) {
+  if (metric.version != kVersion && metric.version != kPwrLegacyVersion) {
     return unknown("version", metric.version);
   }
   metric.metricType = m_fields.u32();
@@ -338,7 +337,7 @@ void Decoder::take(PwrMetric& metric) {
 }
 
 void Decoder::take(PwrSample& sample) {
-  if (sample.version != kVersion && sample.version != kLegacyVersion) {
+  if (sample.version != kVersion && sample.version != kPwrLegacyVersion) {
     return unknown("version", sample.version);
   }
   const std::size_t count = m_fields.u16();

@@ -96,6 +96,8 @@ struct PwrPowerThreshold {
 
 /// The uid of nothing, where a uid may be missing.
 inline constexpr std::uint32_t kPwrNoUid = 0xFFFFFFFF;
+/// A version of metadata and samples. Real numbers of such samples were cut to unsigned ones.
+inline constexpr std::uint16_t kPwrLegacyVersion = 1;
 
 /// A node of the names: what a uid, of an entity, a state, a colour and so on, stands for.
 struct PwrInfo {
@@ -173,7 +175,6 @@ struct PwrSample {
 
   std::uint64_t tsc = 0;
   std::uint16_t subType = 0;
-  /// In records of version 1 real numbers were cut to unsigned ones.
   std::uint16_t version = 0;
   std::vector<PwrAttribute> attributes;
 };

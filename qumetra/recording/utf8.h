@@ -1,4 +1,4 @@
-// Where valid UTF-8 starts and ends in bytes of unknown origin.
+// Valid UTF-8 and control characters in bytes of unknown origin.
 #pragma once
 
 #include <cstddef>
@@ -13,5 +13,11 @@ std::size_t utf8SequenceLength(std::string_view text);
 
 /// The place of the first byte that is not part of valid UTF-8, or `std::string_view::npos`.
 std::size_t findInvalidUtf8(std::string_view text);
+
+/// Whether the byte is a control character of ASCII, of which delete is one.
+constexpr bool isControl(char byte) {
+  constexpr char kDelete = 0x7f;
+  return (byte >= 0 && byte < ' ') || byte == kDelete;
+}
 
 }  // namespace qumetra

@@ -7,17 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/recording/reading.h"
+#include "tests/support/sanitizers.h"
 
 namespace qumetra::test {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 
@@ -90,7 +83,7 @@ std::size_t growthOfReading(const std::string& path) {
 }
 
 TEST(Memory, OfReadingFourTimesAsMuchIsTheSame) {
-  if (kIsSanitized) {
+  if (kAddressSanitizer) {
     GTEST_SKIP() << "the sanitizer keeps memory that was freed";
   }
   const TempDir directory;

@@ -1,10 +1,15 @@
 // Samples that are too many for memory, and what becomes of them when the disk fails.
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "host/logger.h"
 #include "tests/support/disk_faults.h"
+#include "tests/support/sanitizers.h"
 #include "tests/writers/binary_fixture.h"
 #include "writers/binarywriter_plugin/sample_store.h"
 
@@ -169,6 +174,49 @@ TEST_F(BinarySpill, HandleIsLeftEmpty) {
   EXPECT_EQ(m_writer.fini(), 0);
   EXPECT_THAT(handle->m_buffer, IsEmpty());
   EXPECT_EQ(handle->m_pendingBytes, 0U);
+}
+
+/// Lets the process have no more memory than it has now, and `bytes`, while it lives.
+class LittleMemory {
+ public:
+  explicit LittleMemory(std::uint64_t bytes) {
+    ::getrlimit(RLIMIT_AS, &m_former);
+    std::uint64_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t now = pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    const rlimit limit{now + bytes, m_former.rlim_max};
+    ::setrlimit(RLIMIT_AS, &limit);
+  }
+  LittleMemory(const LittleMemory&) = delete;
+  LittleMemory& operator=(const LittleMemory&) = delete;
+  ~LittleMemory() { ::setrlimit(RLIMIT_AS, &m_former); }
+
+ private:
+  rlimit m_former{};
+};
+
+TEST_F(BinarySpill, WantOfMemoryFailsTheMessageAndKeepsWhatCame) {
+  if (kAddressSanitizer) {
+    GTEST_SKIP() << "the sanitizer ends the process for want of memory";
+  }
+  // As many messages of one sample as memory has room for without growing.
+  constexpr std::size_t kMemory = 32 * SampleStore::kBlockSize;
+  constexpr std::size_t kMessages =
+      kMemory / (SampleStore::kRunHeadSize + SampleStore::kWaitingSize);
+  const NoPlaceForTempFiles none;
+  start();
+  BinaryMetric metric(7, Metric::SAMPLED_VALUE);
+  metric.value(m_cpu0, Data(1.0));
+  for (std::size_t i = 0; i < kMessages; ++i) {
+    ASSERT_EQ(m_writer.writeMessage(metric.message()), 0);
+  }
+  {
+    const LittleMemory little(kMemory);
+    EXPECT_EQ(m_writer.writeMessage(metric.message()), 1);
+  }
+  EXPECT_EQ(m_writer.writeMessage(metric.message()), 0);
+  EXPECT_EQ(m_writer.fini(), 0);
+  EXPECT_THAT(valuesIn("run.qmbin"), SizeIs(kMessages + 1));
 }
 
 /// Keeps what is flushed, and empties the buffer by itself.

@@ -1,6 +1,7 @@
 // The model that the JSON results are kept in.
 #include "writers/json_plugin_helper/series.h"
 
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -178,6 +179,37 @@ TEST(Series, UpdatingStatesLeavesTheNextIdAlone) {
   series.updateStates(ids);
   EXPECT_EQ(series.getStateId("c"), 1U);
   EXPECT_EQ(series.getStateId("d"), 2U);
+}
+
+TEST(Series, SharedStatesReadAsUpdatedOnes) {
+  Series series = makeSeries();
+  series.addData(0, 1, "b", 1.0);
+  const auto ids = std::make_shared<const Ids>(Ids{{"a", 0}, {"b", 2}, {"c", 1}});
+  series.shareStates(ids);
+  EXPECT_EQ(series.getStates(), (Names{"a", "c", "b"}));
+  EXPECT_EQ(valuesOf(series, 0), (Pairs{{2, 1.0}}));
+  series.addData(1, 2, "c", 2.0);
+  EXPECT_EQ(valuesOf(series, 1), (Pairs{{1, 2.0}}));
+}
+
+TEST(Series, SharedStatesCanBeSharedAnew) {
+  Series series = makeSeries();
+  series.addData(0, 1, "b", 1.0);
+  series.shareStates(std::make_shared<const Ids>(Ids{{"a", 0}, {"b", 1}}));
+  series.shareStates(std::make_shared<const Ids>(Ids{{"a", 1}, {"b", 0}}));
+  EXPECT_EQ(series.getStates(), (Names{"b", "a"}));
+  EXPECT_EQ(valuesOf(series, 0), (Pairs{{0, 1.0}}));
+}
+
+TEST(Series, NewStateIsNoOthersThatShare) {
+  Series series = makeSeries();
+  series.addState("a");
+  const auto ids = std::make_shared<const Ids>(Ids{{"a", 0}, {"b", 1}});
+  series.shareStates(ids);
+  EXPECT_EQ(ids.use_count(), 2);
+  EXPECT_EQ(series.getStateId("c"), 1U);
+  EXPECT_EQ(ids.use_count(), 1);
+  EXPECT_EQ(*ids, (Ids{{"a", 0}, {"b", 1}}));
 }
 
 TEST(Series, IdsBeyondTheNumberOfStatesDoNoHarm) {

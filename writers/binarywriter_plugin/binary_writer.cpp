@@ -3,6 +3,7 @@
 #include <set>
 
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
+#include "writers/without_exception.h"
 
 namespace {
 
@@ -25,14 +26,21 @@ int BinaryWriter::init(const std::string& name, bool continuous) {
     m_impl->startCollection();
     return 0;
   }
-  m_impl = std::make_unique<Impl>(name, continuous);
-  return 0;
+  return withoutException([&] {
+    m_impl = std::make_unique<Impl>(name, continuous);
+    return 0;
+  });
 }
 
-int BinaryWriter::fini() { return m_impl == nullptr ? 0 : m_impl->fini(); }
+int BinaryWriter::fini() {
+  return m_impl == nullptr ? 0 : withoutException([&] { return m_impl->fini(); });
+}
 
 int BinaryWriter::flushContinuousResults(const pwr::SystemMetadata& metadata) {
-  return m_impl != nullptr && m_impl->flushContinuousResults(metadata) ? 1 : 0;
+  if (m_impl == nullptr) {
+    return 0;
+  }
+  return withoutException([&] { return m_impl->flushContinuousResults(metadata) ? 1 : 0; }, 0);
 }
 
 int BinaryWriter::writeMessage(const pwr::SystemMessage& message) {
@@ -40,5 +48,5 @@ int BinaryWriter::writeMessage(const pwr::SystemMessage& message) {
 }
 
 int BinaryWriter::writeMessage(const pwr::Metric& metric) {
-  return m_impl == nullptr ? 1 : m_impl->writeMessage(metric);
+  return m_impl == nullptr ? 1 : withoutException([&] { return m_impl->writeMessage(metric); });
 }

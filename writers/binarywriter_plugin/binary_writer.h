@@ -13,15 +13,16 @@
 ///
 /// Nothing is written before the end or a flush. Until then names stand in memory, and all samples
 /// but the last in a temp file. The files are made by the host's output handles, which also report
-/// what they cannot write; a large result goes through its handle's buffer in several flushes. One
-/// thread at a time.
+/// what they cannot write; a large result goes through its handle's buffer in several flushes. Want
+/// of memory fails the call, 1, or 0 for a flush, and what came before is kept. One thread at a
+/// time.
 class BinaryWriter final : public WriterPlugin {
  public:
   BinaryWriter();
   ~BinaryWriter() override;
 
   /// The first call sets base and mode for the life of the writer; later ones keep them, and what
-  /// is still to be written too. Returns 0.
+  /// is still to be written too. Returns 0, or 1 for want of memory.
   int init(const std::string& name, bool continuous) override;
 
   /// Writes all that came since the last call to `<base>.qmbin` and returns 0. A second collection

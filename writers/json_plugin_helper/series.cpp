@@ -1,5 +1,7 @@
 #include "writers/json_plugin_helper/series.h"
 
+#include <utility>
+
 namespace {
 
 void remap(unsigned int& id, const std::vector<unsigned int>& map) {
@@ -73,6 +75,12 @@ Series::Series(std::string const& categoryName, std::vector<JsonUnit> const& all
 void Series::addState(std::string const& state) { getStateId(state); }
 
 unsigned int Series::getStateId(std::string const& state) {
+  if (sharedIds != nullptr) {
+    if (const auto shared = sharedIds->find(state); shared != sharedIds->end()) {
+      return shared->second;
+    }
+    stateIds = *std::exchange(sharedIds, nullptr);
+  }
   const auto [entry, isNew] = stateIds.try_emplace(state, nextStateId);
   if (isNew) {
     ++nextStateId;
@@ -99,8 +107,8 @@ void Series::appendData(std::string const& state, double value) {
 }
 
 std::vector<std::string> Series::getStates() const {
-  std::vector<std::string> names(stateIds.size());
-  for (const auto& [state, id] : stateIds) {
+  std::vector<std::string> names(ids().size());
+  for (const auto& [state, id] : ids()) {
     if (id < names.size()) {
       names[id] = state;
     }
@@ -108,18 +116,30 @@ std::vector<std::string> Series::getStates() const {
   return names;
 }
 
-void Series::updateStates(std::unordered_map<std::string, unsigned int>& ids) {
-  std::vector<unsigned int> table(stateIds.size());
-  for (const auto& [state, id] : stateIds) {
-    const unsigned int newId = ids[state];
+void Series::updateStates(std::unordered_map<std::string, unsigned int>& newIds) {
+  remapPoints([&newIds](const std::string& state) { return newIds[state]; });
+  if (&newIds != &stateIds) {
+    stateIds = newIds;
+    sharedIds.reset();
+  }
+}
+
+void Series::shareStates(std::shared_ptr<const StateIds> newIds) {
+  remapPoints([&newIds](const std::string& state) { return newIds->at(state); });
+  stateIds.clear();
+  sharedIds = std::move(newIds);
+}
+
+template <typename NewId>
+void Series::remapPoints(NewId newId) {
+  std::vector<unsigned int> table(ids().size());
+  for (const auto& [state, id] : ids()) {
+    const unsigned int given = newId(state);
     if (id < table.size()) {
-      table[id] = newId;
+      table[id] = given;
     }
   }
   for (Point& point : points) {
     point.remapValues(table);
-  }
-  if (&ids != &stateIds) {
-    stateIds = ids;
   }
 }

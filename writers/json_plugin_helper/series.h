@@ -120,6 +120,12 @@ class Series {
   /// get ids that are taken: this belongs to the end of a run.
   void updateStates(std::unordered_map<std::string, unsigned int>& ids);
 
+  using StateIds = std::unordered_map<std::string, unsigned int>;
+  /// `updateStates` without the copy: a metric may have thousands of series, and each of them would
+  /// have its own of all their states. REQUIRES: `ids` has every state of the series, and nobody
+  /// changes it any more.
+  void shareStates(std::shared_ptr<const StateIds> ids);
+
   // For printing, without copies.
   std::string const& categoryText() const { return category; }
   std::string const& keyText() const { return key; }
@@ -134,6 +140,10 @@ class Series {
   void setStateNames(StateNames names) { stateNames = std::move(names); }
 
  private:
+  template <typename NewId>
+  void remapPoints(NewId newId);
+  const StateIds& ids() const { return sharedIds == nullptr ? stateIds : *sharedIds; }
+
   std::string category;
   std::vector<JsonUnit> units;
   std::string name;
@@ -142,6 +152,8 @@ class Series {
   bool stated;
   std::vector<Point> points;
   std::uint32_t nextStateId = 0;
-  std::unordered_map<std::string, unsigned int> stateIds;
+  StateIds stateIds;
+  /// In the place of `stateIds` where not null.
+  std::shared_ptr<const StateIds> sharedIds;
   StateNames stateNames;
 };

@@ -7,6 +7,7 @@
 #include "host/metric.h"
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/name_tables.h"
+#include "writers/without_exception.h"
 
 namespace {
 
@@ -19,16 +20,6 @@ std::set<pwr::TableClass> tableClasses() {
     classes.insert(static_cast<pwr::TableClass>(number));
   }
   return classes;
-}
-
-/// Runs `action`, and takes what it throws, for want of memory most likely, for a failure.
-template <typename Action>
-int withoutException(Action action) {
-  try {
-    return action();
-  } catch (...) {
-    return 1;
-  }
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include "client/src/common/number_text.h"
 #include "writers/json_plugin_helper/json_file.h"
-#include "writers/json_plugin_helper/series.h"
 #include "writers/json_plugin_helper/state_order.h"
 #include "writers/sample_reading.h"
 
@@ -22,28 +21,29 @@ struct NumberRule {
 
 SharedStates mergeStates(const std::vector<Series*>& members) {
   SharedStates shared;
+  shared.ids = std::make_shared<Series::StateIds>();
   for (const Series* series : members) {
     for (const std::string& state : series->getStates()) {
-      if (shared.ids.try_emplace(state, 0).second) {
+      if (shared.ids->try_emplace(state, 0).second) {
         shared.names.push_back(state);
       }
     }
   }
   sortStateNames(shared.names);
   for (unsigned int i = 0; i < shared.names.size(); ++i) {
-    shared.ids[shared.names[i]] = i;
+    (*shared.ids)[shared.names[i]] = i;
     shared.keys.push_back(pwr::toString(i));
   }
   return shared;
 }
 
 /// A series whose states are a beginning of the shared ones is left as it is.
-void adoptStates(Series& series, SharedStates& shared) {
+void adoptStates(Series& series, const SharedStates& shared) {
   const std::vector<std::string> own = series.getStates();
   const bool agrees =
       own.size() <= shared.names.size() && std::equal(own.begin(), own.end(), shared.names.begin());
   if (!agrees) {
-    series.updateStates(shared.ids);
+    series.shareStates(shared.ids);
   }
 }
 

@@ -1,17 +1,17 @@
 // The part of a .qmjson document that tells one metric.
 #pragma once
 
+#include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
-class JsonFile;
-class Series;
+#include "writers/json_plugin_helper/series.h"
 
+class JsonFile;
 /// The states of all series of a metric, in the order of the document.
 struct SharedStates {
   std::vector<std::string> names;
-  std::unordered_map<std::string, unsigned int> ids;
+  std::shared_ptr<Series::StateIds> ids;
   /// The ids as keys.
   std::vector<std::string> keys;
 };
