@@ -419,6 +419,8 @@ TEST_F(KeltoStream, FullDiskLeavesAHoleAndTheFileStays) {
   }
   EXPECT_THAT(warnings(), Contains("Failed to write backing store '" + path +
                                    "' buffer to main output file. \n"));
+  ASSERT_EQ(m_log.errors().size(), 1U);
+  EXPECT_EQ(m_log.errors()[0].second, "ERROR: Could not write all of " + resultPath() + "\n");
   EXPECT_EQ(std::filesystem::file_size(resultPath()), systemSize);
 }
 

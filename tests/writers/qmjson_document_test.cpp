@@ -7,12 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/disk_faults.h"
 #include "tests/writers/json_results_fixture.h"
 
 namespace {
 
 using pwr::Data;
 using pwr::Metric;
+using qumetra::test::FullDisk;
 using qumetra::test::give;
 using qumetra::test::readFile;
 
@@ -107,6 +109,17 @@ TEST_F(QmjsonDocument, FileThatCannotBeMadeIsNoFailureAndNoWord) {
   m_writer.init(m_dir.file("no/such/directory"), false);
   EXPECT_EQ(m_writer.fini(), 0);
   EXPECT_TRUE(m_log.warnings().empty() && m_log.errors().empty());
+}
+
+TEST_F(QmjsonDocument, FullDiskIsOneErrorAndNoFailure) {
+  {
+    const FullDisk disk(100);
+    EXPECT_EQ(m_writer.fini(), 0);
+  }
+  ASSERT_EQ(m_log.errors().size(), 1U);
+  EXPECT_EQ(m_log.errors()[0].second, "ERROR: Could not write all of " + file() + "\n");
+  // It is no document, and must not be kept as one.
+  std::filesystem::remove(file());
 }
 
 TEST_F(QmjsonDocument, LongerFileOfAnEarlierRunIsReplaced) {

@@ -1,15 +1,21 @@
 #include "writers/json_plugin_helper/json_file.h"
 
+#include "client/src/common/pw_log.h"
+
 JsonFile::JsonFile(const std::string& path)
-    : m_file(path, std::ios::binary | std::ios::out | std::ios::trunc) {}
+    : m_path(path), m_file(path, std::ios::binary | std::ios::out | std::ios::trunc) {}
 
 JsonFile::~JsonFile() = default;
 
 void JsonFile::finish() {
+  const bool wasMade = m_file.is_open();
   m_buffer.Put('\n');
   writeOut();
   m_file.flush();
   m_file.close();
+  if (wasMade && !m_file) {
+    pwr::logError("ERROR: Could not write all of %s\n", m_path.c_str());
+  }
 }
 
 void JsonFile::writeOut() {

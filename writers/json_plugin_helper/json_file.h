@@ -12,8 +12,8 @@
 
 /// Makes or empties the file, and takes a document through `writer`; `drain` brings what has come
 /// to the file in large blocks, so that the text is never in memory as a whole. Failures stay in
-/// the stream and cost the rest of the file. A number that JSON cannot hold (NaN, infinities) is
-/// left out, and its key stands without a value.
+/// the stream, cost the rest of the file, and are told at the end. A number that JSON cannot hold
+/// (NaN, infinities) is left out, and its key stands without a value.
 class JsonFile {
  public:
   explicit JsonFile(const std::string& path);
@@ -52,7 +52,8 @@ class JsonFile {
       writeOut();
     }
   }
-  /// Ends the file with a newline and closes it.
+  /// Ends the file with a newline and closes it. One error in the log when it is not whole; a
+  /// file that could not be made is passed over in silence, which hosts rely on.
   void finish();
 
  private:
@@ -63,6 +64,7 @@ class JsonFile {
   }
   void writeOut();
 
+  std::string m_path;
   std::ofstream m_file;
   rapidjson::StringBuffer m_buffer;
   rapidjson::Writer<rapidjson::StringBuffer> m_writer{m_buffer};

@@ -128,6 +128,7 @@ KeltoBackingStoreManager* KeltoWriterImpl::getBackingStore(const std::string& na
 }
 
 int KeltoWriterImpl::fini() {
+  bool isWhole = true;
   for (auto entry = stores.begin(); entry != stores.end(); entry = stores.erase(entry)) {
     if (!valid) {
       continue;
@@ -136,10 +137,15 @@ int KeltoWriterImpl::fini() {
       return kelto::failure("Could not create %s\n", outputPath.c_str());
     }
     // A store that fails leaves a hole and has told so; the others are still worth having.
-    static_cast<void>(entry->second->flush(outputFile));
+    const bool isMissing = entry->second->flush(outputFile) != 0 && entry->second->active;
+    isWhole = isWhole && !isMissing;
   }
   if (valid && m_hasData && outputFile != nullptr) {
-    closeOutput();
+    isWhole = closeOutput() == 0 && isWhole;
+    if (!isWhole) {
+      // Warnings are seldom shown, and the status of a result with holes is the same.
+      pwr::logError("ERROR: Could not write all of %s\n", outputPath.c_str());
+    }
     return 0;
   }
   return withdraw();
