@@ -106,7 +106,8 @@ std::vector<std::string> chosenWriters(const DeliveryOptions& options,
 }
 
 void requireBaseName(const DeliveryOptions& options) {
-  if (options.base.empty() || options.base.back() == '/') {
+  const std::string name = std::filesystem::path(options.base).filename().string();
+  if (name.empty() || name == "." || name == "..") {
     throw UsageError(fmt::format("-o \"{}\" has no name for the result files; give DIRECTORY/NAME",
                                  options.base));
   }

@@ -74,9 +74,11 @@ std::string checkDirectory(std::filesystem::path directory) {
 std::vector<OutputFile> resultFiles(const LoadedWriter& writer, const std::string& base) {
   // Two writers make other files than their suffix says.
   if (writer.option == "auto") {
-    // Only a backslash ends a directory for it, and it appends to whatever file there is.
+    // Only a backslash ends a directory for it. It appends to the file, which it may wait for
+    // without end when that is a pipe.
     const std::string directory = base.substr(0, base.rfind('\\') + 1);
-    return {{.path = directory + "Automation_Summary.csv", .mayBeLink = true}};
+    return {
+        {.path = directory + "Automation_Summary.csv", .mayBeLink = true, .mustBeRegular = true}};
   }
   if (writer.option == "phm-csv") {
     return {{base + "_phm.csv"}, {base + "_meta_phm.csv"}};

@@ -105,6 +105,8 @@ TEST(Usage, TimesAreNumbersAboveZero) {
 TEST(Usage, BaseNeedsAName) {
   expectUsageError({"collect", "-o", "results/"}, "has no name for the result files");
   expectUsageError({"replay", "x", "-o", ""}, "has no name for the result files");
+  expectUsageError({"collect", "-o", "."}, "has no name for the result files");
+  expectUsageError({"collect", "-o", "results/.."}, "has no name for the result files");
 }
 
 TEST(Usage, StandardOutputThatIsFullIsAnError) {

@@ -63,6 +63,7 @@ TEST(ResultFiles, OfTheAutomationSummaryHasANameOfItsOwn) {
   const auto files = resultFiles(writerOf("auto", ".csv"), "a/b");
   EXPECT_THAT(pathsOf(files), ElementsAre("Automation_Summary.csv"));
   EXPECT_TRUE(files[0].mayBeLink);
+  EXPECT_TRUE(files[0].mustBeRegular);
 }
 
 TEST(ResultFiles, OfTheAutomationSummaryHasADirectoryThatEndsInABackslash) {
