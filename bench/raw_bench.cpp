@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/support/floor_text.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
 #include "host/handles.h"
@@ -27,6 +28,9 @@
 
 namespace {
 
+using qumetra::bench::countText;
+using qumetra::bench::kLongestText;
+using qumetra::bench::realText;
 using qumetra::bench::Scratch;
 
 /// Values per sample: half reals, half integers, as a collection of this size brings them.
@@ -35,7 +39,6 @@ constexpr std::size_t kColumns = 16;
 /// of.
 constexpr std::size_t kSamples = 256;
 constexpr std::size_t kBlockSize = 0x100000;
-constexpr std::size_t kLongestText = 32;
 
 /// What is measured, as plain arrays.
 struct Values {
@@ -121,18 +124,6 @@ void writeRaw(const std::string& base, std::size_t elements) {
 }
 
 // The floor.
-
-std::size_t realText(char* out, double value) {
-  char* end = std::to_chars(out, out + kLongestText, value, std::chars_format::fixed, 6).ptr;
-  while (end[-1] == '0') {
-    --end;
-  }
-  return static_cast<std::size_t>((end[-1] == '.' ? end - 1 : end) - out);
-}
-
-std::size_t countText(char* out, std::uint64_t value) {
-  return static_cast<std::size_t>(std::to_chars(out, out + kLongestText, value).ptr - out);
-}
 
 /// Spilled cells, and the widths of their columns.
 class FloorTable {

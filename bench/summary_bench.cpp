@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/support/floor_text.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
 #include "host/configuration.h"
@@ -27,6 +28,9 @@
 
 namespace {
 
+using qumetra::bench::countText;
+using qumetra::bench::fixedText;
+using qumetra::bench::kLongestText;
 using qumetra::bench::Scratch;
 
 /// A row has a count and, for each field and entity, a real with two decimals.
@@ -36,7 +40,6 @@ constexpr std::size_t kColumns = 1 + kFields * kEntities;
 /// Rows repeat after so many, so that input takes no memory to speak of.
 constexpr std::size_t kRows = 256;
 constexpr std::size_t kBlockSize = 0x100000;
-constexpr std::size_t kLongestText = 32;
 
 /// What was measured, as plain arrays.
 struct Values {
@@ -60,15 +63,6 @@ const Values& values() {
     return result;
   }();
   return made;
-}
-
-std::size_t realText(char* out, double value) {
-  return static_cast<std::size_t>(
-      std::to_chars(out, out + kLongestText, value, std::chars_format::fixed, 2).ptr - out);
-}
-
-std::size_t countText(char* out, std::uint64_t value) {
-  return static_cast<std::size_t>(std::to_chars(out, out + kLongestText, value).ptr - out);
 }
 
 /// The same as a host's tables, which hold their cells as text.
@@ -107,7 +101,7 @@ class Tables {
       table->addFieldHandle(m_fields[i].get());
       for (std::size_t j = 0; j < kEntities; ++j) {
         char text[kLongestText];
-        const std::size_t size = realText(text, values().reals[number][i * kEntities + j]);
+        const std::size_t size = fixedText(text, values().reals[number][i * kEntities + j]);
         table->setCell(m_entities[j].get(), m_fields[i].get(), present({text, size}));
       }
     }
@@ -154,7 +148,7 @@ class FloorTable {
     const Values& all = values();
     cell(0, [&](char* out) { return countText(out, all.counts[number]); });
     for (std::size_t i = 1; i < kColumns; ++i) {
-      cell(i, [&](char* out) { return realText(out, all.reals[number][i - 1]); });
+      cell(i, [&](char* out) { return fixedText(out, all.reals[number][i - 1]); });
     }
   }
 

@@ -30,6 +30,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/support/floor_table.h"
+#include "bench/support/floor_text.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
 #include "client/src/common/backing_store.h"
@@ -42,6 +44,12 @@
 
 namespace {
 
+using qumetra::bench::countText;
+using qumetra::bench::fixedText;
+using qumetra::bench::FloorOutput;
+using qumetra::bench::FloorTable;
+using qumetra::bench::kLongestText;
+using qumetra::bench::realText;
 using qumetra::bench::Scratch;
 
 constexpr std::size_t kEntities = 16;
@@ -51,7 +59,6 @@ constexpr std::size_t kFixedColumns = 3;
 /// of.
 constexpr std::size_t kSamples = 256;
 constexpr std::size_t kBlockSize = 0x100000;
-constexpr std::size_t kLongestText = 32;
 constexpr double kTicksPerMicrosecond = 2;
 constexpr std::uint64_t kStart = 1'000'000;
 
@@ -204,150 +211,19 @@ void write(Form form, const std::string& base, std::size_t elements) {
 
 // The floor.
 
-std::size_t fixedText(char* out, double value) {
-  const auto end = std::to_chars(out, out + kLongestText, value, std::chars_format::fixed, 2).ptr;
-  return static_cast<std::size_t>(end - out);
+/// Starts a row of `table` with its number and the times of the sample.
+void startRow(FloorTable& table, std::size_t sample) {
+  const Values& all = values();
+  table.cell(0, [&](char* out) { return countText(out, table.nextRow()); });
+  table.cell(1, [&](char* out) {
+    return fixedText(out,
+                     static_cast<double>(all.timestamps[sample] - kStart) / kTicksPerMicrosecond);
+  });
+  table.cell(2, [&](char* out) {
+    return fixedText(out,
+                     static_cast<double>(all.durations[sample]) / (kTicksPerMicrosecond * 1000));
+  });
 }
-
-std::size_t realText(char* out, double value) {
-  char* end = std::to_chars(out, out + kLongestText, value, std::chars_format::fixed, 6).ptr;
-  while (end[-1] == '0') {
-    --end;
-  }
-  return static_cast<std::size_t>((end[-1] == '.' ? end - 1 : end) - out);
-}
-
-std::size_t countText(char* out, std::uint64_t value) {
-  return static_cast<std::size_t>(std::to_chars(out, out + kLongestText, value).ptr - out);
-}
-
-/// A file that takes text in blocks.
-class FloorOutput {
- public:
-  explicit FloorOutput(const std::string& path)
-      : m_file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600)) {
-    m_block.reserve(kBlockSize);
-  }
-  FloorOutput(const FloorOutput&) = delete;
-  FloorOutput& operator=(const FloorOutput&) = delete;
-  ~FloorOutput() {
-    qumetra::bench::writeBlock(m_file, m_block);
-    ::close(m_file);
-  }
-
-  void put(std::string_view text) {
-    if (m_block.size() + text.size() > kBlockSize) {
-      qumetra::bench::writeBlock(m_file, m_block);
-    }
-    m_block.insert(m_block.end(), text.begin(), text.end());
-  }
-
- private:
-  int m_file;
-  std::vector<char> m_block;
-};
-
-/// Spilled cells, and the widths of their columns.
-class FloorTable {
- public:
-  FloorTable(const std::string& path, std::string title, std::vector<std::string> columns)
-      : m_file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)),
-        m_block(kBlockSize),
-        m_title(std::move(title)),
-        m_columns(std::move(columns)) {
-    ::unlink(path.c_str());
-    for (const std::string& column : m_columns) {
-      m_widths.push_back(column.size());
-    }
-  }
-  FloorTable(const FloorTable&) = delete;
-  FloorTable& operator=(const FloorTable&) = delete;
-  ~FloorTable() { ::close(m_file); }
-
-  template <typename Format>
-  void cell(std::size_t column, Format format) {
-    if (kBlockSize - m_used < 1 + kLongestText) {
-      spill();
-    }
-    char* record = m_block.data() + m_used;
-    const std::size_t length = format(record + 1);
-    *record = static_cast<char>(length);
-    m_used += 1 + length;
-    m_widths[column] = std::max(m_widths[column], length);
-  }
-
-  void startRow(std::size_t sample) {
-    ++m_rows;
-    const Values& all = values();
-    cell(0, [&](char* out) { return countText(out, m_rows); });
-    cell(1, [&](char* out) {
-      return fixedText(out,
-                       static_cast<double>(all.timestamps[sample] - kStart) / kTicksPerMicrosecond);
-    });
-    cell(2, [&](char* out) {
-      return fixedText(out,
-                       static_cast<double>(all.durations[sample]) / (kTicksPerMicrosecond * 1000));
-    });
-  }
-
-  /// The second pass.
-  void layOut(FloorOutput& out) {
-    spill();
-    out.put(m_title);
-    for (std::size_t i = 0; i < m_columns.size(); ++i) {
-      padded(out, i, m_columns[i]);
-    }
-    ::lseek(m_file, 0, SEEK_SET);
-    std::size_t column = 0;
-    std::size_t kept = 0;
-    for (ssize_t got = 0; (got = ::read(m_file, m_block.data() + kept, kBlockSize - kept)) > 0;) {
-      const std::size_t end = kept + static_cast<std::size_t>(got);
-      const std::size_t taken = cells(out, end, column);
-      kept = end - taken;
-      std::memmove(m_block.data(), m_block.data() + taken, kept);
-    }
-    out.put("\n");
-  }
-
- private:
-  void spill() {
-    if (::write(m_file, m_block.data(), m_used) != static_cast<ssize_t>(m_used)) {
-      std::abort();
-    }
-    m_used = 0;
-  }
-
-  /// Pads the whole records of the block and returns where they end.
-  std::size_t cells(FloorOutput& out, std::size_t end, std::size_t& column) {
-    std::size_t position = 0;
-    while (position < end) {
-      const std::size_t length = static_cast<unsigned char>(m_block[position]);
-      if (end - position - 1 < length) {
-        break;
-      }
-      padded(out, column, {m_block.data() + position + 1, length});
-      position += 1 + length;
-      column = column + 1 == m_columns.size() ? 0 : column + 1;
-    }
-    return position;
-  }
-
-  void padded(FloorOutput& out, std::size_t column, std::string_view text) {
-    static constexpr std::string_view kBlanks = "                                        ";
-    out.put(column == 0 ? "" : ", ");
-    out.put(kBlanks.substr(0, m_widths[column] - text.size()));
-    out.put(text);
-    out.put(column + 1 == m_columns.size() ? "\n" : "");
-  }
-
-  int m_file;
-  std::vector<char> m_block;
-  std::size_t m_used = 0;
-  std::string m_title;
-  std::vector<std::string> m_columns;
-  std::vector<std::size_t> m_widths;
-  std::uint64_t m_rows = 0;
-};
 
 using FloorTables = std::vector<std::unique_ptr<FloorTable>>;
 
@@ -389,7 +265,7 @@ void writeIntFloor(Form form, const std::string& path, std::size_t elements) {
     const std::size_t sample = i % kSamples;
     for (std::size_t entity = 0; entity < kEntities; ++entity) {
       FloorTable& table = *tables[entity];
-      table.startRow(sample);
+      startRow(table, sample);
       for (std::size_t state = 0; state < states; ++state) {
         valueCell(table, kFixedColumns + state, form, sample, entity, state);
       }
@@ -415,8 +291,8 @@ void writeViewsFloor(const std::string& path, std::size_t elements) {
     for (std::size_t entity = 0; entity < kEntities; ++entity) {
       FloorTable& times = *tables[2 * entity];
       FloorTable& shares = *tables[2 * entity + 1];
-      times.startRow(sample);
-      shares.startRow(sample);
+      startRow(times, sample);
+      startRow(shares, sample);
       for (std::size_t state = 0; state < kStates; ++state) {
         const auto ticks = static_cast<double>(all.counts[sample][entity][state]);
         times.cell(kFixedColumns + state,
@@ -439,7 +315,7 @@ void writePhmFloor(const std::string& path, std::size_t elements) {
   tables.push_back(std::make_unique<FloorTable>(path + "s", "\nCore Activity\nUnits: (mW)\n",
                                                 std::move(columns)));
   for (std::size_t i = 0; i < elements / elementsPerSample(Form::Values); ++i) {
-    tables[0]->startRow(i % kSamples);
+    startRow(*tables[0], i % kSamples);
     for (std::size_t column = 0; column < kEntities * kStates; ++column) {
       valueCell(*tables[0], kFixedColumns + column, Form::Values, i % kSamples, column / kStates,
                 column % kStates);

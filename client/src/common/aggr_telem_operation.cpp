@@ -17,6 +17,7 @@ constexpr std::array c_describedCategories = {"COUNTER-FIELD-NAME", "BIT-RANGE",
 
 }  // namespace
 
+// By value, as callers that were built before expect it.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 AggrTelemOperation::AggrTelemOperation(std::string counterName, std::string fieldName,
                                        pwr::AggrTelemCounterInfo info)
