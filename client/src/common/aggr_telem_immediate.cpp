@@ -3,7 +3,7 @@
 namespace pwr {
 
 namespace {
-constexpr std::uint64_t c_noSample = 0xDEADBEEF;
+constexpr std::uint64_t kNoSample = 0xDEADBEEF;
 }
 
 AggrTelemImmediate::AggrTelemImmediate(const std::string& feature, const std::string& counterName,
@@ -41,7 +41,7 @@ int AggrTelemImmediate::readFromMultiEndpoint(std::map<unsigned short, unsigned 
 
 AggrTelemCounterInfo AggrTelemImmediate::getCounterMetadata() {
   if (m_infos.empty()) {
-    return {0, 0, c_noSample, {}};
+    return {0, 0, kNoSample, {}};
   }
   return m_infos.front();
 }

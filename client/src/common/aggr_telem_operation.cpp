@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr unsigned int c_sampleBytes = 8;
+constexpr unsigned int kSampleBytes = 8;
 
 /// The categories that a description has, in its order.
-constexpr std::array c_describedCategories = {"COUNTER-FIELD-NAME", "BIT-RANGE",    "DESCRIPTION",
-                                              "DATA-FORMAT",        "SCALE-FACTOR", "DIVIDER",
-                                              "ENDPOINT-ID"};
+constexpr std::array kDescribedCategories = {"COUNTER-FIELD-NAME", "BIT-RANGE",    "DESCRIPTION",
+                                             "DATA-FORMAT",        "SCALE-FACTOR", "DIVIDER",
+                                             "ENDPOINT-ID"};
 
 }  // namespace
 
@@ -21,7 +21,7 @@ constexpr std::array c_describedCategories = {"COUNTER-FIELD-NAME", "BIT-RANGE",
 // NOLINTBEGIN(performance-unnecessary-value-param)
 AggrTelemOperation::AggrTelemOperation(std::string counterName, std::string fieldName,
                                        pwr::AggrTelemCounterInfo info)
-    : HWOperation("AGGR-TELEM", c_sampleBytes) {
+    : HWOperation("AGGR-TELEM", kSampleBytes) {
   init_i();
   setEndpointGUID(info.guid);
   setEndpointId(info.endpointId);
@@ -61,7 +61,7 @@ pwr::OperationMetadata* AggrTelemOperation::getOperationMetadata() const {
     return HWOperation::getOperationMetadata();
   }
   std::unique_ptr<pwr::OperationMetadata> metadata(getOperationMetadata_i(name->second));
-  for (const char* const category : c_describedCategories) {
+  for (const char* const category : kDescribedCategories) {
     const auto found = m_values.find(category);
     if (found != m_values.end()) {
       metadata->addValue(found->first, found->second);

@@ -9,7 +9,7 @@
 namespace pwr {
 namespace {
 
-constexpr unsigned int c_wordBits = 64;
+constexpr unsigned int kWordBits = 64;
 
 std::uint8_t numberOfMask(const std::string& mask, std::size_t index) {
   const std::vector<std::string> tokens = Tokenizer(mask, ":").get_all_tokens();
@@ -33,13 +33,13 @@ std::uint8_t retrieveMsbFromMask(const std::string& mask) { return numberOfMask(
 std::uint8_t retrieveLsbFromMask(const std::string& mask) { return numberOfMask(mask, 1); }
 
 std::uint64_t extractBitRangeValue(unsigned long value, unsigned char msb, unsigned char lsb) {
-  const std::uint64_t shifted = value >> (lsb % c_wordBits);
+  const std::uint64_t shifted = value >> (lsb % kWordBits);
   // The width of the whole word would count as no width.
-  if (msb == c_wordBits - 1) {
+  if (msb == kWordBits - 1) {
     return shifted;
   }
   const auto width = static_cast<std::uint8_t>(msb - lsb + 1);
-  return shifted & ((std::uint64_t{1} << (width % c_wordBits)) - 1);
+  return shifted & ((std::uint64_t{1} << (width % kWordBits)) - 1);
 }
 
 int resolveBitRange(const std::string& primary, const std::string& fallback, std::string& out) {

@@ -23,8 +23,8 @@ using Bases = std::unordered_map<unsigned int, unsigned long>;
 
 /// How far a bit's position shifts.
 std::uint32_t shiftOf(std::uint32_t bitPosition) {
-  constexpr std::uint32_t c_wordBits = 64;
-  return bitPosition % c_wordBits;
+  constexpr std::uint32_t kWordBits = 64;
+  return bitPosition % kWordBits;
 }
 
 void setBase(EnableRegisterPMC& target, const std::string& value, const Bases& bases) {
@@ -40,7 +40,7 @@ struct Field {
 };
 
 /// In the order in which the words are looked for: the first that a key contains counts.
-constexpr std::array c_fields = {
+constexpr std::array kFields = {
     Field{"BASE-ADDRESS", setBase},
     Field{"OFFSET",
           [](EnableRegisterPMC& target, const std::string& value, const Bases&) {
@@ -65,7 +65,7 @@ constexpr std::array c_fields = {
 };
 
 const Field* findField(const std::string& key) {
-  for (const Field& field : c_fields) {
+  for (const Field& field : kFields) {
     if (key.find(field.word) != std::string::npos) {
       return &field;
     }

@@ -10,7 +10,7 @@
 namespace pwr {
 namespace {
 
-constexpr unsigned int c_wordBits = 64;
+constexpr unsigned int kWordBits = 64;
 
 std::uint8_t byteOf(const std::string& text) {
   return static_cast<std::uint8_t>(extractNumber(text, false));
@@ -19,7 +19,7 @@ std::uint8_t byteOf(const std::string& text) {
 /// `raw` as two's complement whose sign is one bit above those that the format names.
 double signedValue(std::uint64_t raw, const qm_qformat& format) {
   const unsigned int bits = format.integerBits + format.fractionBits;
-  const std::uint64_t signMask = std::uint64_t{2} << (bits % c_wordBits);
+  const std::uint64_t signMask = std::uint64_t{2} << (bits % kWordBits);
   if ((raw & signMask) == 0) {
     return static_cast<double>(raw);
   }

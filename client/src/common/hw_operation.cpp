@@ -14,16 +14,16 @@
 
 namespace {
 
-constexpr int c_allOnes = -1;
+constexpr int kAllOnes = -1;
 
 /// What the values of these categories are is part of every description.
-constexpr std::array c_describedCategories = {"ENTITY", "DESCRIPTOR"};
+constexpr std::array kDescribedCategories = {"ENTITY", "DESCRIPTOR"};
 
 std::string hexText(unsigned long number) {
-  constexpr int c_hexadecimal = 16;
+  constexpr int kHexadecimal = 16;
   std::array<char, 16> digits{};
   const auto end =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number, c_hexadecimal).ptr;
+      std::to_chars(digits.data(), digits.data() + digits.size(), number, kHexadecimal).ptr;
   return "0x" + std::string(digits.data(), end);
 }
 
@@ -59,7 +59,7 @@ HWOperation::~HWOperation() = default;
 int HWOperation::set(const std::string& category, const std::string& value) {
   if (!m_categories.contains(category) || !canSetCategory(category)) {
     pwr::logPlainWarning("WARNING: Key %s is invalid!\n", category.c_str());
-    return c_allOnes;
+    return kAllOnes;
   }
   m_values[category] = value;
   return 0;
@@ -73,7 +73,7 @@ pwr::OperationMetadata* HWOperation::getOperationMetadata_i(const std::string& a
   auto metadata =
       std::make_unique<HWOperationMetadata>(m_initValue, m_name, HWOperation::getSize());
   metadata->m_address = address;
-  for (const char* const category : c_describedCategories) {
+  for (const char* const category : kDescribedCategories) {
     const auto found = m_values.find(category);
     if (found != m_values.end()) {
       metadata->addValue(found->first, found->second);
@@ -123,7 +123,7 @@ unsigned long HWOperation::getAddress() const {
 template <>
 int HWOperation::read<unsigned long>(unsigned long& out) {
   if (dispatchRead(this, "ANY") != 0) {
-    return c_allOnes;
+    return kAllOnes;
   }
   out = lowBytes<unsigned long>(m_buffer, m_buffer.size());
   return 0;
@@ -132,7 +132,7 @@ int HWOperation::read<unsigned long>(unsigned long& out) {
 template <>
 int HWOperation::read<unsigned int>(unsigned int& out) {
   if (dispatchRead(this, "ANY") != 0) {
-    return c_allOnes;
+    return kAllOnes;
   }
   out = lowBytes<unsigned int>(m_buffer, getSize());
   return 0;

@@ -12,19 +12,19 @@
 namespace pwr {
 namespace {
 
-constexpr std::uint32_t c_allOnes = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t kAllOnes = std::numeric_limits<std::uint32_t>::max();
 
 /// The triggers of a run's life.
-constexpr std::array c_lifeTriggers = {"INIT", "REQUIREMENTS", "FINI"};
+constexpr std::array kLifeTriggers = {"INIT", "REQUIREMENTS", "FINI"};
 
 /// Life's triggers, and the empty one, stand alone.
 bool isReserved(const std::string& trigger) {
-  return trigger.empty() || std::any_of(c_lifeTriggers.begin(), c_lifeTriggers.end(),
+  return trigger.empty() || std::any_of(kLifeTriggers.begin(), kLifeTriggers.end(),
                                         [&](std::string_view life) { return life == trigger; });
 }
 
 bool hasLifeTrigger(const PWSet<std::string>& triggers) {
-  return std::any_of(c_lifeTriggers.begin(), c_lifeTriggers.end(),
+  return std::any_of(kLifeTriggers.begin(), kLifeTriggers.end(),
                      [&](const char* life) { return triggers.contains(life); });
 }
 
@@ -74,13 +74,13 @@ void InputMsg::addOperation(Operation* operation) { operations.push_back(operati
 
 std::uint32_t InputMsg::addWriteTrigger(const std::string& trigger) {
   if (command != QMOpCommand::Write && command != QMOpCommand::None) {
-    return c_allOnes;
+    return kAllOnes;
   }
   const bool allCanWrite = std::all_of(
       operations.begin(), operations.end(),
       [](const Operation* operation) { return operation->isValidCommand_i(QMOpCommand::Write); });
   if (!allCanWrite || !isTriggerCompatible_i(trigger, *writeTriggers)) {
-    return c_allOnes;
+    return kAllOnes;
   }
   command = QMOpCommand::Write;
   writeTriggers->add(trigger);

@@ -12,9 +12,9 @@
 namespace pwr {
 namespace {
 
-constexpr int c_allOnes = -1;
-constexpr std::size_t c_pieceBytes = 1024;
-constexpr const char* c_trimmed = " \r\t\n";
+constexpr int kAllOnes = -1;
+constexpr std::size_t kPieceBytes = 1024;
+constexpr const char* kTrimmed = " \r\t\n";
 
 void warnOfNullFile(int sourceLine) {
   // Not __FILE__, which would tell where the library was built.
@@ -36,23 +36,23 @@ int linesOfPath(const std::string& path, Lines& lines, bool report) {
     if (report) {
       errorStream() << "could NOT open file " << path << "!\n";
     }
-    return c_allOnes;
+    return kAllOnes;
   }
   for (std::string line; std::getline(in, line);) {
     if (!line.empty()) {
       lines.push_back(line);
     }
   }
-  return in.bad() ? c_allOnes : 0;
+  return in.bad() ? kAllOnes : 0;
 }
 
 template <typename Lines>
 int linesOfFile(const LineReader& reader, FILE* file, Lines& lines) {
   if (file == nullptr) {
     warnOfNullFile(__LINE__);
-    return c_allOnes;
+    return kAllOnes;
   }
-  std::array<char, c_pieceBytes> piece;
+  std::array<char, kPieceBytes> piece;
   std::string line;
   const auto finishLine = [&] {
     reader.trim(line);
@@ -67,7 +67,7 @@ int linesOfFile(const LineReader& reader, FILE* file, Lines& lines) {
   if (!line.empty()) {
     finishLine();
   }
-  return std::ferror(file) != 0 ? c_allOnes : 0;
+  return std::ferror(file) != 0 ? kAllOnes : 0;
 }
 
 }  // namespace
@@ -96,15 +96,15 @@ int LineReader::get_all_lines(FILE* file, std::deque<std::string>& lines) const 
 int LineReader::getline(FILE* file, std::string& line, bool trimLine) const {
   if (file == nullptr) {
     warnOfNullFile(__LINE__);
-    return c_allOnes;
+    return kAllOnes;
   }
-  std::array<char, c_pieceBytes + 1> piece;
+  std::array<char, kPieceBytes + 1> piece;
   if (!readPiece(file, piece)) {
-    return c_allOnes;
+    return kAllOnes;
   }
-  if (std::strlen(piece.data()) >= c_pieceBytes) {
+  if (std::strlen(piece.data()) >= kPieceBytes) {
     logPlainWarning("WARNING: line too long?!\n");
-    return c_allOnes;
+    return kAllOnes;
   }
   line = piece.data();
   if (trimLine) {
@@ -114,8 +114,8 @@ int LineReader::getline(FILE* file, std::string& line, bool trimLine) const {
 }
 
 void LineReader::trim(std::string& line) const {
-  line.erase(line.find_last_not_of(c_trimmed) + 1);
-  line.erase(0, line.find_first_not_of(c_trimmed));
+  line.erase(line.find_last_not_of(kTrimmed) + 1);
+  line.erase(0, line.find_first_not_of(kTrimmed));
 }
 
 std::string LineReader::trim(const std::string& line) const {

@@ -4,13 +4,13 @@
 #include <memory>
 
 namespace {
-constexpr unsigned int c_defaultSizeBytes = 4;
+constexpr unsigned int kDefaultSizeBytes = 4;
 }
 
-MMIOOperation::MMIOOperation() : HWOperation("MMIO", c_defaultSizeBytes) { init_i(); }
+MMIOOperation::MMIOOperation() : HWOperation("MMIO", kDefaultSizeBytes) { init_i(); }
 
 MMIOOperation::MMIOOperation(unsigned long address)
-    : HWOperation("MMIO", address, c_defaultSizeBytes) {
+    : HWOperation("MMIO", address, kDefaultSizeBytes) {
   init_i();
 }
 

@@ -10,24 +10,24 @@
 namespace pwr {
 namespace {
 
-constexpr int c_streamPrecision = 6;
+constexpr int kStreamPrecision = 6;
 /// Longer than any integer, any real in shortest form, and any real with six significant digits.
-constexpr std::size_t c_shortTextBytes = 32;
+constexpr std::size_t kShortTextBytes = 32;
 /// Sign, the digits before the point of the largest real, and the point.
-constexpr std::size_t c_fixedBytesBesideDecimals =
+constexpr std::size_t kFixedBytesBesideDecimals =
     1 + std::numeric_limits<double>::max_exponent10 + 1 + 1;
 /// Up to this many decimals no text passes through the heap on its way.
-constexpr int c_commonDecimals = 32;
+constexpr int kCommonDecimals = 32;
 
 template <typename... Arguments>
 void appendShortText(std::string& out, Arguments... arguments) {
-  std::array<char, c_shortTextBytes> buffer;
+  std::array<char, kShortTextBytes> buffer;
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments...);
   out.append(buffer.data(), result.ptr);
 }
 
 void appendFixedByHeap(std::string& out, double value, int precision) {
-  std::string text(c_fixedBytesBesideDecimals + static_cast<std::size_t>(precision), '\0');
+  std::string text(kFixedBytesBesideDecimals + static_cast<std::size_t>(precision), '\0');
   const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
                                     std::chars_format::fixed, precision);
   out.append(text.data(), result.ptr);
@@ -53,7 +53,7 @@ void appendInt(std::string& out, long value) { appendShortText(out, value); }
 void appendUInt(std::string& out, unsigned long value) { appendShortText(out, value); }
 
 void appendGeneral(std::string& out, double value) {
-  appendShortText(out, value, std::chars_format::general, c_streamPrecision);
+  appendShortText(out, value, std::chars_format::general, kStreamPrecision);
 }
 
 void appendFixed(std::string& out, double value, int precision) {
@@ -62,11 +62,11 @@ void appendFixed(std::string& out, double value, int precision) {
     return;
   }
   const int decimals = std::max(precision, 0);
-  if (decimals > c_commonDecimals) {
+  if (decimals > kCommonDecimals) {
     appendFixedByHeap(out, value, decimals);
     return;
   }
-  std::array<char, c_fixedBytesBesideDecimals + c_commonDecimals> buffer;
+  std::array<char, kFixedBytesBesideDecimals + kCommonDecimals> buffer;
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                     std::chars_format::fixed, decimals);
   out.append(buffer.data(), result.ptr);

@@ -19,8 +19,8 @@
 namespace pwr {
 namespace {
 
-constexpr const char* c_wildcards = "*[]^";
-constexpr const char* c_blanks = " \t\r\n";
+constexpr const char* kWildcards = "*[]^";
+constexpr const char* kBlanks = " \t\r\n";
 
 /// What `::glob` made, released at the end.
 class Matches {
@@ -71,7 +71,7 @@ class WordCutter {
       m_quoted = !m_quoted;
     } else if (m_quoted) {
       takeLiterally(character);
-    } else if (std::strchr(c_blanks, character) != nullptr) {
+    } else if (std::strchr(kBlanks, character) != nullptr) {
       finishWord();
     } else {
       m_word += character;
@@ -169,7 +169,7 @@ std::vector<std::string> listing(const Operands& operands) {
 
 bool doGlob(const std::string& pattern, std::deque<std::string>& results) {
   const LineReader reader;
-  if (pattern.find_first_of(c_wildcards) == std::string::npos) {
+  if (pattern.find_first_of(kWildcards) == std::string::npos) {
     std::string path = pattern;
     reader.strip(path, '"');
     results.push_back(std::move(path));

@@ -19,14 +19,14 @@
 namespace pwr {
 namespace {
 
-constexpr std::size_t c_locationParts = 4;
-constexpr std::size_t c_entriesWithLocation = 2;
-constexpr std::size_t c_entriesWithoutLocation = 5;
-constexpr unsigned int c_barBytes = 8;
-constexpr std::uint16_t c_unknownBus = 0xFFFF;
+constexpr std::size_t kLocationParts = 4;
+constexpr std::size_t kEntriesWithLocation = 2;
+constexpr std::size_t kEntriesWithoutLocation = 5;
+constexpr unsigned int kBarBytes = 8;
+constexpr std::uint16_t kUnknownBus = 0xFFFF;
 
 /// How the routine calls itself in the log: readers look for it to the letter.
-constexpr const char* c_enableSignature =
+constexpr const char* kEnableSignature =
     "bool pwr::enableSSRAMRead(std::vector<pwr::InputMsg *> &, const "
     "std::vector<pwr::KeyValuePair> "
     "&, const int, const int, const std::string &)";
@@ -45,14 +45,14 @@ struct Rule {
   std::string_view word;
   std::uint32_t RegisterBits::*member;
 };
-constexpr std::array c_rules = {
+constexpr std::array kRules = {
     Rule{"MASK", &RegisterBits::mask},     Rule{"BUS", &RegisterBits::bus},
     Rule{"DEVICE", &RegisterBits::device}, Rule{"FUNCTION", &RegisterBits::function},
     Rule{"OFFSET", &RegisterBits::offset},
 };
 
 bool applyEntry(const KeyValuePair& entry, RegisterBits& bits) {
-  for (const Rule& rule : c_rules) {
+  for (const Rule& rule : kRules) {
     if (entry.key.find(rule.word) != std::string::npos) {
       bits.*rule.member = extractNumber(entry.value, false);
       return true;
@@ -65,7 +65,7 @@ bool applyEntry(const KeyValuePair& entry, RegisterBits& bits) {
 /// its four parts.
 bool parseLocation(const std::string& location, RegisterBits& bits, std::string& offset) {
   const std::vector<std::string> parts = Tokenizer(location, "/").get_all_tokens();
-  if (parts.size() != c_locationParts) {
+  if (parts.size() != kLocationParts) {
     return false;
   }
   bits.bus = extractNumber(parts[0], false);
@@ -78,24 +78,24 @@ bool parseLocation(const std::string& location, RegisterBits& bits, std::string&
 /// Where the register is and which bits enable. False after a warning.
 bool readRegisterBits(const std::vector<KeyValuePair>& config, const std::string& location,
                       RegisterBits& bits) {
-  std::size_t expected = c_entriesWithoutLocation;
+  std::size_t expected = kEntriesWithoutLocation;
   if (!location.empty()) {
     // Its offset is that of the base address, not of the register.
     std::string unusedOffset;
     if (!parseLocation(location, bits, unusedOffset)) {
-      logPlainWarning("WARNING: %s: Could not enable SSRAM.\n", c_enableSignature);
+      logPlainWarning("WARNING: %s: Could not enable SSRAM.\n", kEnableSignature);
       return false;
     }
-    expected = c_entriesWithLocation;
+    expected = kEntriesWithLocation;
   }
   if (config.size() != expected) {
     logPlainWarning("WARNING: %s: Unexpected number of SSRAM enable entries in config.\n",
-                    c_enableSignature);
+                    kEnableSignature);
     return false;
   }
   for (const KeyValuePair& entry : config) {
     if (!applyEntry(entry, bits)) {
-      logPlainWarning("WARNING: %s: Unexpected SSRAM enable entry in config.\n", c_enableSignature);
+      logPlainWarning("WARNING: %s: Unexpected SSRAM enable entry in config.\n", kEnableSignature);
       return false;
     }
   }
@@ -121,7 +121,7 @@ bool enableSSRAMRead(std::vector<InputMsg*>& messages, const std::vector<KeyValu
   setPlace(*operation, bits);
   std::uint32_t old = 0;
   if (operation->read(old) != 0) {
-    logPlainWarning("WARNING: %s: Could not read SSRAM enable register.\n", c_enableSignature);
+    logPlainWarning("WARNING: %s: Could not read SSRAM enable register.\n", kEnableSignature);
     return false;
   }
   const std::uint32_t enabled = bits.mask | old;
@@ -130,7 +130,7 @@ bool enableSSRAMRead(std::vector<InputMsg*>& messages, const std::vector<KeyValu
   }
   operation->set("VALUE", toString(enabled));
   if (operation->write("ANY") != 0) {
-    logPlainWarning("WARNING: %s: SSRAM reads could not be enabled.\n", c_enableSignature);
+    logPlainWarning("WARNING: %s: SSRAM reads could not be enabled.\n", kEnableSignature);
     return false;
   }
   operation->set("VALUE", toString(old));
@@ -140,7 +140,7 @@ bool enableSSRAMRead(std::vector<InputMsg*>& messages, const std::vector<KeyValu
 
 std::string discoverSSRAMBar(unsigned long* bar, const std::vector<std::string>& candidates) {
   PCIOperation operation;
-  operation.setSize(c_barBytes);
+  operation.setSize(kBarBytes);
   for (const std::string& candidate : candidates) {
     RegisterBits place;
     std::string offset;
@@ -163,10 +163,10 @@ std::vector<std::string> getMZLWSPCHBDF(PCHMetadata* metadata) {
   if (metadata == nullptr) {
     return {};
   }
-  constexpr int c_hexadecimal = 16;
+  constexpr int kHexadecimal = 16;
   std::array<char, 8> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(),
-                                 metadata->getMZLWSPCHBus(), c_hexadecimal)
+                                 metadata->getMZLWSPCHBus(), kHexadecimal)
                        .ptr;
   return {"0x" + std::string(digits.data(), end) + "/0x14/0x2/0x10"};
 }
@@ -174,7 +174,7 @@ std::vector<std::string> getMZLWSPCHBDF(PCHMetadata* metadata) {
 std::uint16_t PCHMetadata::getMZLWSPCHBus() const {
   const auto found = m_values.find("MZL-WS-PCH-BUS");
   if (found == m_values.end() || found->second.empty()) {
-    return c_unknownBus;
+    return kUnknownBus;
   }
   return static_cast<std::uint16_t>(extractNumber(found->second, false));
 }

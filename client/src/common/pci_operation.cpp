@@ -5,10 +5,10 @@
 #include "client/src/common/number_text.h"
 
 namespace {
-constexpr unsigned int c_defaultSizeBytes = 4;
+constexpr unsigned int kDefaultSizeBytes = 4;
 }
 
-PCIOperation::PCIOperation() : HWOperation("PCI", c_defaultSizeBytes) {
+PCIOperation::PCIOperation() : HWOperation("PCI", kDefaultSizeBytes) {
   for (const char* const category :
        {"BUS", "DEVICE", "FUNCTION", "OFFSET", "VALUE", "VALUE-MASK"}) {
     m_categories.add(category);

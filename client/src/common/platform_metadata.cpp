@@ -26,10 +26,10 @@
 namespace pwr {
 namespace {
 
-constexpr int c_allOnes = -1;
+constexpr int kAllOnes = -1;
 /// Writers before this packed version wrote the deprecated topology.
-constexpr std::uint32_t c_firstVersionWithNewTree = 0x07E90601;
-constexpr const char* c_energyReportingKey = "ENERGY-REPORTING";
+constexpr std::uint32_t kFirstVersionWithNewTree = 0x07E90601;
+constexpr const char* kEnergyReportingKey = "ENERGY-REPORTING";
 
 /// An empty text counts as fallen short: a serializer cannot tell the two apart.
 bool readText(Serializer& serializer, std::string& text) { return serializer.read_from(text) != 0; }
@@ -111,7 +111,7 @@ bool readWords(Serializer& serializer, CPUWords& words) {
 }
 
 bool readTopology(Serializer& serializer, std::uint32_t version, TopTree& topology) {
-  const int status = version < c_firstVersionWithNewTree
+  const int status = version < kFirstVersionWithNewTree
                          ? topology.deserializeTreeDeprecated(serializer)
                          : topology.deserializeTree(serializer);
   return status == 0 && topology.deserializeHGS(serializer) == 0;
@@ -162,7 +162,7 @@ int PlatformMetadata::deserializePlatformMetadata(Serializer& serializer) {
   std::vector<std::string> specifiers;
   if (!readText(serializer, name) || !readText(serializer, description) ||
       !readSpecifiers(serializer, specifiers) || !readValues(serializer, m_values)) {
-    return c_allOnes;
+    return kAllOnes;
   }
   takeIfEmpty(m_name, name);
   takeIfEmpty(m_description, description);
@@ -214,7 +214,7 @@ PCHMetadata::~PCHMetadata() = default;
 std::map<std::string, std::uint32_t> PCHMetadata::getEnergyReportingConfiguration() const {
   std::map<std::string, std::uint32_t> configuration;
   for (const auto& [key, value] : m_values) {
-    if (key.find(c_energyReportingKey) == std::string::npos) {
+    if (key.find(kEnergyReportingKey) == std::string::npos) {
       continue;
     }
     const Tokenizer tokenizer(key, "_");

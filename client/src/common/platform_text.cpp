@@ -12,16 +12,16 @@
 namespace pwr {
 namespace {
 
-constexpr std::uint8_t c_knownFamily = 6;
-constexpr std::uint8_t c_trvModels[] = {60, 63, 69, 70};
-constexpr std::uint8_t c_sprigModels[] = {55, 74, 76, 87, 90, 92, 93, 95, 101, 110, 119, 122, 134};
-constexpr std::uint8_t c_hybridModels[] = {138, 151, 154, 170, 172, 183, 186, 190, 191, 215};
-constexpr std::uint8_t c_qd1Model = 92;
-constexpr std::uint8_t c_qd1Stepping = 9;
+constexpr std::uint8_t kKnownFamily = 6;
+constexpr std::uint8_t kTrvModels[] = {60, 63, 69, 70};
+constexpr std::uint8_t kSprigModels[] = {55, 74, 76, 87, 90, 92, 93, 95, 101, 110, 119, 122, 134};
+constexpr std::uint8_t kHybridModels[] = {138, 151, 154, 170, 172, 183, 186, 190, 191, 215};
+constexpr std::uint8_t kQd1Model = 92;
+constexpr std::uint8_t kQd1Stepping = 9;
 
 template <std::size_t Count>
 bool isOneOf(const std::uint8_t (&models)[Count], std::uint8_t family, std::uint8_t model) {
-  return family == c_knownFamily &&
+  return family == kKnownFamily &&
          std::find(std::begin(models), std::end(models), model) != std::end(models);
 }
 
@@ -44,18 +44,18 @@ std::vector<std::string> getSpecifierListFromPlatformString(const std::string& t
   return Tokenizer(text, ",").get_all_tokens();
 }
 
-bool isTRV(std::uint8_t family, std::uint8_t model) { return isOneOf(c_trvModels, family, model); }
+bool isTRV(std::uint8_t family, std::uint8_t model) { return isOneOf(kTrvModels, family, model); }
 
 bool isQD1(std::uint8_t family, std::uint8_t model, std::uint8_t stepping) {
-  return family == c_knownFamily && model == c_qd1Model && stepping == c_qd1Stepping;
+  return family == kKnownFamily && model == kQd1Model && stepping == kQd1Stepping;
 }
 
 bool isSprig(std::uint8_t family, std::uint8_t model) {
-  return isOneOf(c_sprigModels, family, model);
+  return isOneOf(kSprigModels, family, model);
 }
 
 bool isHybrid(std::uint8_t family, std::uint8_t model) {
-  return isOneOf(c_hybridModels, family, model);
+  return isOneOf(kHybridModels, family, model);
 }
 
 void getCpuid(std::uint32_t leaf, std::uint32_t& a, std::uint32_t& b, std::uint32_t& c,

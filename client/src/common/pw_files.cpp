@@ -19,10 +19,10 @@
 namespace pwr {
 namespace {
 
-constexpr int c_allOnes = -1;
-constexpr mode_t c_newFilePermissions = 0644;
-constexpr mode_t c_newDirectoryPermissions = 0777;
-constexpr const char* c_noUsableDirectory = "./";
+constexpr int kAllOnes = -1;
+constexpr mode_t kNewFilePermissions = 0644;
+constexpr mode_t kNewDirectoryPermissions = 0777;
+constexpr const char* kNoUsableDirectory = "./";
 
 std::optional<int> openFlags(const std::string& mode) {
   switch (mode.empty() ? '\0' : mode.front()) {
@@ -99,14 +99,14 @@ bool openFileHandle(FILE** file, const std::string& path, const std::string& mod
 int pw_open(int* descriptor, const std::string& path, int flags) {
   if (descriptor == nullptr) {
     errno = EINVAL;
-    return c_allOnes;
+    return kAllOnes;
   }
-  *descriptor = ::open(path.c_str(), flags, c_newFilePermissions);
+  *descriptor = ::open(path.c_str(), flags, kNewFilePermissions);
   if (*descriptor >= 0) {
     return 0;
   }
   warnOfFailedOpen(path);
-  return c_allOnes;
+  return kAllOnes;
 }
 
 bool pw_fileExists(const std::string& path) {
@@ -131,28 +131,28 @@ bool qm_dirExists(const std::string& path) {
 
 int pw_freopen(FILE** file, const std::string& path, const std::string& mode, FILE* stream) {
   if (file == nullptr) {
-    return c_allOnes;
+    return kAllOnes;
   }
   *file = stream != nullptr ? std::freopen(path.c_str(), mode.c_str(), stream) : nullptr;
-  return *file != nullptr ? 0 : c_allOnes;
+  return *file != nullptr ? 0 : kAllOnes;
 }
 
 int pw_dup2(FILE* from, FILE* to) {
   if (from == nullptr || to == nullptr) {
-    return c_allOnes;
+    return kAllOnes;
   }
-  return ::dup2(::fileno(from), ::fileno(to)) >= 0 ? 0 : c_allOnes;
+  return ::dup2(::fileno(from), ::fileno(to)) >= 0 ? 0 : kAllOnes;
 }
 
 int mkpath(const std::string& path) {
   for (auto slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
     const std::string prefix = path.substr(0, slash + 1);
-    if (::mkdir(prefix.c_str(), c_newDirectoryPermissions) == 0 || errno == EEXIST) {
+    if (::mkdir(prefix.c_str(), kNewDirectoryPermissions) == 0 || errno == EEXIST) {
       continue;
     }
     const ErrnoKeeper keeper;
     std::perror("mkdir error");
-    return c_allOnes;
+    return kAllOnes;
   }
   return 0;
 }
@@ -160,13 +160,13 @@ int mkpath(const std::string& path) {
 std::string qm_temp_directory_path() {
   const std::string base = baseOfTemporaryFiles();
   if (!qm_dirExists(base)) {
-    return c_noUsableDirectory;
+    return kNoUsableDirectory;
   }
   std::string directory = base + "/qumetra_tmp/";
   if (qm_dirExists(directory) || mkpath(directory) == 0) {
     return directory;
   }
-  return c_noUsableDirectory;
+  return kNoUsableDirectory;
 }
 
 bool getToolPath(std::string& out) {

@@ -12,7 +12,7 @@
 
 namespace pwr {
 
-/// The tag that switches the conditional warnings of the writers on.
+/// The tag that switches the conditional warnings of the writers on. Hosts know it by this name.
 inline constexpr const char* c_textWriterConditionalLogTag = "text-writer-plugin";
 
 /// Logs an error at level 1, when errors show.

@@ -21,12 +21,12 @@ std::map<int, int> s_pmtOriginalAutoSuspendDelayMap;
 
 namespace {
 
-constexpr const char* c_logTag = "pmt-helper";
-constexpr int c_maxDevices = 256;
-constexpr int c_shortDelayMs = 1;
-constexpr std::size_t c_maxLinkBytes = 1024;
+constexpr const char* kLogTag = "pmt-helper";
+constexpr int kMaxDevices = 256;
+constexpr int kShortDelayMs = 1;
+constexpr std::size_t kMaxLinkBytes = 1024;
 /// Link, telemetry interface and their directory stand below the device.
-constexpr int c_partsBelowDevice = 3;
+constexpr int kPartsBelowDevice = 3;
 
 struct CloseFile {
   void operator()(FILE* file) const { static_cast<void>(std::fclose(file)); }
@@ -34,14 +34,14 @@ struct CloseFile {
 using File = std::unique_ptr<FILE, CloseFile>;
 
 bool readSystemDelay(FILE* file, int& delay) {
-  constexpr int c_decimal = 10;
+  constexpr int kDecimal = 10;
   std::array<char, 64> text{};
   if (std::fgets(text.data(), static_cast<int>(text.size()), file) == nullptr) {
     return false;
   }
   char* end = nullptr;
   errno = 0;
-  const long value = std::strtol(text.data(), &end, c_decimal);
+  const long value = std::strtol(text.data(), &end, kDecimal);
   if (end == text.data() || errno != 0 || value < std::numeric_limits<int>::min() ||
       value > std::numeric_limits<int>::max()) {
     return false;
@@ -77,7 +77,7 @@ bool dropLastParts(std::string_view& path, int count) {
 /// Calls `visit` with index, path and open file of each device. Device 0 may belong to another
 /// driver: only behind it is a file that cannot be opened the end of the devices.
 void forEachDevice(const std::function<void(int, const std::string&, FILE*)>& visit) {
-  for (int index = 0; index < c_maxDevices; ++index) {
+  for (int index = 0; index < kMaxDevices; ++index) {
     std::string path = pmtGetSourcePath(index);
     if (path.empty()) {
       continue;
@@ -96,16 +96,16 @@ void forEachDevice(const std::function<void(int, const std::string&, FILE*)>& vi
 void shortenDelay(int index, const std::string& path, FILE* file) {
   int original = 0;
   if (!delayAccess().readDelay(file, original)) {
-    logTaggedWarning(c_logTag,
+    logTaggedWarning(kLogTag,
                      "WARNING: couldn't read autosuspend_delay_ms in %s, PMT endpoint unusable\n",
                      path.c_str());
     return;
   }
   s_pmtOriginalAutoSuspendDelayMap[index] = original;
-  if (!delayAccess().writeDelay(file, c_shortDelayMs)) {
-    logTaggedWarning(c_logTag,
+  if (!delayAccess().writeDelay(file, kShortDelayMs)) {
+    logTaggedWarning(kLogTag,
                      "WARNING: Could not write value %d to autosuspend_delay_ms for file %s\n",
-                     c_shortDelayMs, path.c_str());
+                     kShortDelayMs, path.c_str());
   }
 }
 
@@ -115,7 +115,7 @@ void restoreDelay(int index, const std::string& path, FILE* file) {
     return;
   }
   if (!delayAccess().writeDelay(file, found->second)) {
-    logTaggedWarning(c_logTag,
+    logTaggedWarning(kLogTag,
                      "WARNING: Could not restore autosuspend_delay_ms to original value of %d for "
                      "file %s\n",
                      found->second, path.c_str());
@@ -130,19 +130,19 @@ void setPmtDelayAccess(PmtDelayAccess access) { delayAccess() = access; }
 
 std::string pmtGetSourcePath(int index) {
   const std::string link = sysfsRoot() + "/class/corvane_pmt/telem" + toString(index);
-  std::array<char, c_maxLinkBytes> target{};
+  std::array<char, kMaxLinkBytes> target{};
   const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
   if (length < 1) {
     return {};
   }
   std::string_view device(target.data(), static_cast<std::size_t>(length));
-  if (!dropLastParts(device, c_partsBelowDevice)) {
+  if (!dropLastParts(device, kPartsBelowDevice)) {
     return {};
   }
   while (device.substr(0, 3) == "../") {
     device.remove_prefix(3);
   }
-  std::array<char, c_maxLinkBytes + 1> path{};
+  std::array<char, kMaxLinkBytes + 1> path{};
   pw_strncpy(path.data(), (sysfsRoot() + "/" + std::string(device)).c_str(), path.size());
   return path.data();
 }

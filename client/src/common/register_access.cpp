@@ -10,14 +10,14 @@
 namespace pwr {
 namespace {
 
-constexpr unsigned int c_wordBytes = 4;
-constexpr unsigned int c_doubleWordBytes = 8;
-constexpr unsigned int c_bitsPerByte = 8;
-constexpr unsigned int c_wordBits = 32;
-constexpr unsigned int c_doubleWordBits = 64;
+constexpr unsigned int kWordBytes = 4;
+constexpr unsigned int kDoubleWordBytes = 8;
+constexpr unsigned int kBitsPerByte = 8;
+constexpr unsigned int kWordBits = 32;
+constexpr unsigned int kDoubleWordBits = 64;
 
 template <typename Number>
-constexpr Number c_failedRead = std::numeric_limits<Number>::max();
+constexpr Number kFailedRead = std::numeric_limits<Number>::max();
 
 template <typename Number>
 Number readOr(HWOperation& operation, Number failed) {
@@ -52,54 +52,54 @@ bool readAt(PCIOperation& operation, unsigned int offset, unsigned int sizeBytes
 unsigned int aligned(unsigned int offset) { return offset & ~3U; }
 
 /// How many bits of an aligned read stand in front of `offset`.
-unsigned int shiftOf(unsigned int offset) { return (offset & 3U) * c_bitsPerByte; }
+unsigned int shiftOf(unsigned int offset) { return (offset & 3U) * kBitsPerByte; }
 
 }  // namespace
 
 // A new operation is four bytes wide already.
 unsigned int mmioRead32(unsigned long address) {
   MMIOOperation operation(address);
-  return readOr(operation, c_failedRead<unsigned int>);
+  return readOr(operation, kFailedRead<unsigned int>);
 }
 
 unsigned long mmioRead64(unsigned long address) {
   MMIOOperation operation(address);
-  operation.setSize(c_doubleWordBytes);
-  return readOr(operation, c_failedRead<unsigned long>);
+  operation.setSize(kDoubleWordBytes);
+  return readOr(operation, kFailedRead<unsigned long>);
 }
 
 bool mmioWrite32(unsigned long address, unsigned int value, unsigned int mask) {
-  return mmioWrite(address, c_wordBytes, toString(value), toString(mask));
+  return mmioWrite(address, kWordBytes, toString(value), toString(mask));
 }
 
 bool mmioWrite64(unsigned long address, unsigned long value, unsigned long mask) {
-  return mmioWrite(address, c_doubleWordBytes, toString(value), toString(mask));
+  return mmioWrite(address, kDoubleWordBytes, toString(value), toString(mask));
 }
 
 unsigned int pciRead32(unsigned int bus, unsigned int device, unsigned int function,
                        unsigned int offset) {
   PCIOperation operation = pciOperation(bus, device, function);
   unsigned int low = 0;
-  if (!readAt(operation, aligned(offset), c_wordBytes, low)) {
-    return c_failedRead<unsigned int>;
+  if (!readAt(operation, aligned(offset), kWordBytes, low)) {
+    return kFailedRead<unsigned int>;
   }
   const unsigned int shift = shiftOf(offset);
   if (shift == 0) {
     return low;
   }
   unsigned int high = 0;
-  if (!readAt(operation, aligned(offset) + c_wordBytes, c_wordBytes, high)) {
-    return c_failedRead<unsigned int>;
+  if (!readAt(operation, aligned(offset) + kWordBytes, kWordBytes, high)) {
+    return kFailedRead<unsigned int>;
   }
-  return (low >> shift) | (high << (c_wordBits - shift));
+  return (low >> shift) | (high << (kWordBits - shift));
 }
 
 unsigned long pciRead64(unsigned int bus, unsigned int device, unsigned int function,
                         unsigned int offset) {
   PCIOperation operation = pciOperation(bus, device, function);
   unsigned long low = 0;
-  if (!readAt(operation, aligned(offset), c_doubleWordBytes, low)) {
-    return c_failedRead<unsigned long>;
+  if (!readAt(operation, aligned(offset), kDoubleWordBytes, low)) {
+    return kFailedRead<unsigned long>;
   }
   const unsigned int shift = shiftOf(offset);
   if (shift == 0) {
@@ -107,10 +107,10 @@ unsigned long pciRead64(unsigned int bus, unsigned int device, unsigned int func
   }
   // Three bytes at most are missing, so 32 bits of the second read are enough.
   unsigned int high = 0;
-  if (!readAt(operation, aligned(offset) + c_doubleWordBytes, c_doubleWordBytes, high)) {
-    return c_failedRead<unsigned long>;
+  if (!readAt(operation, aligned(offset) + kDoubleWordBytes, kDoubleWordBytes, high)) {
+    return kFailedRead<unsigned long>;
   }
-  return (low >> shift) | (std::uint64_t{high} << (c_doubleWordBits - shift));
+  return (low >> shift) | (std::uint64_t{high} << (kDoubleWordBits - shift));
 }
 
 }  // namespace pwr

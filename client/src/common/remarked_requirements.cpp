@@ -11,10 +11,10 @@
 namespace pwr {
 namespace {
 
-constexpr std::uint32_t c_energyReportingBit = 2;
-constexpr std::uint32_t c_wordBits = 32;
+constexpr std::uint32_t kEnergyReportingBit = 2;
+constexpr std::uint32_t kWordBits = 32;
 /// The last build of the operating system in which the two exclude one another.
-constexpr std::uint32_t c_lastExclusiveBuild = 26099;
+constexpr std::uint32_t kLastExclusiveBuild = 26099;
 
 void noteDisabledEnergyReporting(const std::string& featureText) {
   static bool s_noted = false;
@@ -40,7 +40,7 @@ EnergyReportingPluginRequirement::EnergyReportingPluginRequirement(
     : PluginRequirement("EnergyReportingEnabled"),
       m_configurationKey(configurationKey),
       m_featureText(featureText),
-      m_bitIndex(c_energyReportingBit) {}
+      m_bitIndex(kEnergyReportingBit) {}
 EnergyReportingPluginRequirement::EnergyReportingPluginRequirement(
     const EnergyReportingPluginRequirement& other) = default;
 EnergyReportingPluginRequirement::~EnergyReportingPluginRequirement() = default;
@@ -59,7 +59,7 @@ bool EnergyReportingPluginRequirement::isPluginRequirementSatisfied_i(
   if (found == configuration.end()) {
     return false;
   }
-  if (((found->second >> (m_bitIndex % c_wordBits)) & 1U) != 0) {
+  if (((found->second >> (m_bitIndex % kWordBits)) & 1U) != 0) {
     return true;
   }
   noteDisabledEnergyReporting(m_featureText);
@@ -94,7 +94,7 @@ VTIODisablePluginRequirement::~VTIODisablePluginRequirement() = default;
 
 bool VTIODisablePluginRequirement::isPluginRequirementSatisfied_i(
     const SystemMetadata& metadata, const RequirementValues& /*values*/) const {
-  if (metadata.m_osBuildNumber > c_lastExclusiveBuild || metadata.m_secureSignIn != 1) {
+  if (metadata.m_osBuildNumber > kLastExclusiveBuild || metadata.m_secureSignIn != 1) {
     return true;
   }
   noteDisabledFeature(m_name);

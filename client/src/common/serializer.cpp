@@ -8,7 +8,7 @@
 namespace pwr {
 namespace {
 
-constexpr std::size_t c_firstRoomBytes = 128;
+constexpr std::size_t kFirstRoomBytes = 128;
 
 }  // namespace
 
@@ -86,7 +86,7 @@ bool Serializer::grow(std::size_t count) {
     return false;
   }
   const std::size_t needed = m_writeOffset + count;
-  std::size_t room = m_buffer.empty() ? c_firstRoomBytes : m_buffer.size();
+  std::size_t room = m_buffer.empty() ? kFirstRoomBytes : m_buffer.size();
   while (room < needed) {
     room = room > most / 2 ? most : room * 2;
   }

@@ -18,9 +18,9 @@
 namespace pwr {
 namespace {
 
-constexpr int c_allOnes = -1;
-constexpr int c_decimal = 10;
-constexpr int c_hexadecimal = 16;
+constexpr int kAllOnes = -1;
+constexpr int kDecimal = 10;
+constexpr int kHexadecimal = 16;
 
 // The character functions of C take no negative value but one, and plain characters may be
 // negative.
@@ -72,7 +72,7 @@ std::string get_required_token(const std::string& text, int index, int expected,
 int getNextToken(std::string& token, std::string& rest, const std::string& delimiter,
                  bool /*flag*/) {
   if (rest.empty()) {
-    return c_allOnes;
+    return kAllOnes;
   }
   const auto position = delimiter.empty() ? std::string::npos : rest.find(delimiter);
   if (position == std::string::npos) {
@@ -104,7 +104,7 @@ bool isNumber(const std::string& text) {
 
 unsigned long extract_number_i(const std::string& text) {
   const bool isHex = text.compare(0, 2, "0x") == 0 || !isAllDigits(text);
-  return std::strtoul(text.c_str(), nullptr, isHex ? c_hexadecimal : c_decimal);
+  return std::strtoul(text.c_str(), nullptr, isHex ? kHexadecimal : kDecimal);
 }
 
 template <typename Number>

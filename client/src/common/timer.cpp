@@ -7,8 +7,8 @@
 namespace pwr {
 namespace {
 
-constexpr double c_nanosecondsPerSecond = 1e9;
-constexpr double c_nanosecondsPerMicrosecond = 1000;
+constexpr double kNanosecondsPerSecond = 1e9;
+constexpr double kNanosecondsPerMicrosecond = 1000;
 
 /// 0 when there is no clock.
 double nowMicros() {
@@ -18,8 +18,8 @@ double nowMicros() {
     return 0;
   }
   const double nanoseconds =
-      static_cast<double>(now.tv_sec) * c_nanosecondsPerSecond + static_cast<double>(now.tv_nsec);
-  return nanoseconds / c_nanosecondsPerMicrosecond;
+      static_cast<double>(now.tv_sec) * kNanosecondsPerSecond + static_cast<double>(now.tv_nsec);
+  return nanoseconds / kNanosecondsPerMicrosecond;
 }
 
 }  // namespace
