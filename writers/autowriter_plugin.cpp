@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <fstream>
-#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -15,6 +14,7 @@
 #include "host/messages.h"
 #include "host/system_metadata.h"
 #include "host/table.h"
+#include "writers/capability.h"
 #include "writers/table_cells.h"
 
 namespace {
@@ -112,10 +112,10 @@ bool appendText(const std::string& path, const std::string& text) {
 }  // namespace
 
 AutoWriter::AutoWriter() : WriterPlugin(kGuid) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      std::set<pwr::TableClass>{}, "auto",
-      "Write summary data as single line to file Automation_Summary.csv", ".csv", false);
-  addCapability(capability.release());
+  declareCapability(
+      *this, {.option = "auto",
+              .description = "Write summary data as single line to file Automation_Summary.csv",
+              .suffix = ".csv"});
 }
 
 AutoWriter::~AutoWriter() = default;

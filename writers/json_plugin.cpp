@@ -17,7 +17,7 @@ constexpr SeriesWriterForm kForm = {
     .description =
         "Write data trace file (.json) in JSON trace event format for visualization in Perfetto",
     .extension = ".json",
-    .flags = pwr::PluginCapability::kFlagHostInterpreted,
+    .flags = pwr::PluginCapability::kFlagContinuous | pwr::PluginCapability::kFlagHostInterpreted,
     .keepsStateNames = true,
 };
 

@@ -10,6 +10,7 @@
 #include "host/messages.h"
 #include "host/quantity.h"
 #include "host/system_metadata.h"
+#include "writers/capability.h"
 #include "writers/data_text.h"
 #include "writers/json_plugin_helper/state_order.h"
 #include "writers/sample_reading.h"
@@ -68,10 +69,10 @@ struct SeriesWriter::Sample {
 
 SeriesWriter::SeriesWriter(const SeriesWriterForm& form)
     : WriterPlugin(form.guid), extension(form.extension), m_keepsStateNames(form.keepsStateNames) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      std::set<pwr::TableClass>{}, form.option, form.description, form.extension, true);
-  capability->m_flags |= form.flags;
-  WriterPlugin::addCapability(capability.release());
+  declareCapability(*this, {.option = form.option,
+                            .description = form.description,
+                            .suffix = form.extension,
+                            .flags = form.flags});
 }
 
 SeriesWriter::~SeriesWriter() = default;

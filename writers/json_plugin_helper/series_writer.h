@@ -19,7 +19,7 @@ struct SeriesWriterForm {
   const char* option;
   const char* description;
   const char* extension;
-  /// Flags of the capability beside `kFlagContinuous`.
+  /// Flags of the capability.
   std::uint8_t flags;
   /// Series remember the names of the states that their metric declares.
   bool keepsStateNames;

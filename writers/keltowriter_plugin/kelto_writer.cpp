@@ -5,6 +5,7 @@
 #include "client/src/common/text_parsing.h"
 #include "host/handles.h"
 #include "host/metric.h"
+#include "writers/capability.h"
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/name_tables.h"
 #include "writers/without_exception.h"
@@ -33,11 +34,11 @@ KeltoWriter::KeltoWriter()
     : WriterPlugin(kGuid),
       impl(std::make_unique<KeltoWriterImpl>(kSuffix)),
       legacy(pwr::check_env("PW_ENABLE_LEGACY_KELTO")) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      tableClasses(), "kelto",
-      "Write data trace file (.pwr) in import format for visualization with Corvane Kelto Viewer",
-      kSuffix, false);
-  addCapability(capability.release());
+  declareCapability(*this, {.option = "kelto",
+                            .description = "Write data trace file (.pwr) in import format for "
+                                           "visualization with Corvane Kelto Viewer",
+                            .suffix = kSuffix,
+                            .tableClasses = tableClasses()});
 }
 
 KeltoWriter::~KeltoWriter() = default;

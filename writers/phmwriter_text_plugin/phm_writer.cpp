@@ -1,10 +1,8 @@
 #include "writers/phmwriter_text_plugin/phm_writer.h"
 
-#include <memory>
-#include <set>
-
 #include "client/src/common/pw_log.h"
 #include "host/messages.h"
+#include "writers/capability.h"
 #include "writers/phmwriter_text_plugin/group_files.h"
 
 namespace {
@@ -17,11 +15,10 @@ constexpr const char* kShownSuffix = ".csv";
 }  // namespace
 
 PhmTextWriter::PhmTextWriter() : IntWriterV2(kGuid, kFileSuffix) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      std::set<pwr::TableClass>{}, "phm-csv", "Write over-time data to *_phm.csv file.",
-      kShownSuffix, false);
-  capability->m_flags |= pwr::PluginCapability::kFlagHostInterpreted;
-  addCapability(capability.release());
+  declareCapability(*this, {.option = "phm-csv",
+                            .description = "Write over-time data to *_phm.csv file.",
+                            .suffix = kShownSuffix,
+                            .flags = pwr::PluginCapability::kFlagHostInterpreted});
   readSwitches();
 }
 

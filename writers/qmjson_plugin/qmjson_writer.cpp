@@ -13,7 +13,7 @@ constexpr SeriesWriterForm kForm = {
     .description =
         "Write data trace file (.qmjson) in JSON format for visualization with Corvane Perivue",
     .extension = ".qmjson",
-    .flags = 0,
+    .flags = pwr::PluginCapability::kFlagContinuous,
     .keepsStateNames = false,
 };
 

@@ -6,20 +6,22 @@
 #include "host/metric.h"
 #include "host/quantity.h"
 #include "host/system_metadata.h"
+#include "writers/capability.h"
 
 namespace {
 
 constexpr const char* kGuid = "b1e44565-005f-46ea-9fbb-34ea6bc01203";
 constexpr const char* kSuffix = "_trace.csv";
 
-// The texts of absent cells, and what stands behind the titles of views.
-const std::string s_noValue = "n/a";
-const std::string s_noTicks = "0";
-const std::string s_noShare = "0.00";
-const std::string s_noSuffix;
-const std::string s_rateSuffix = " : Instantaneous rate";
-const std::string s_timeSuffix = " : Residency Time";
-const std::string s_percentageSuffix = " : Residency Percentage";
+// The texts of absent cells, and what stands behind the titles of views. Strings, as the operations
+// that take them do.
+const std::string kNoValue = "n/a";
+const std::string kNoTicks = "0";
+const std::string kNoShare = "0.00";
+const std::string kNoSuffix;
+const std::string kRateSuffix = " : Instantaneous rate";
+const std::string kTimeSuffix = " : Residency Time";
+const std::string kPercentageSuffix = " : Residency Percentage";
 
 constexpr std::int32_t kCommonPrecision = 2;
 constexpr std::int32_t kFinePrecision = 3;
@@ -34,10 +36,9 @@ constexpr unsigned long kPercentageTable = 2;
 }  // namespace
 
 IntWriterV2::IntWriterV2() : IntWriterV2(kGuid, kSuffix) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      std::set<pwr::TableClass>{}, "int", "Write data trace file (*_trace.csv) in CSV format",
-      kSuffix, false);
-  addCapability(capability.release());
+  declareCapability(*this, {.option = "int",
+                            .description = "Write data trace file (*_trace.csv) in CSV format",
+                            .suffix = kSuffix});
   readSwitches();
 }
 
@@ -139,20 +140,20 @@ int IntWriterV2::writeMessage(const pwr::Metric& metric) {
     case pwr::Metric::SAMPLED_VALUE:
     default:
       writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity,
-                          s_noSuffix, s_noValue);
+                          kNoSuffix, kNoValue);
       break;
   }
   return 0;
 }
 
 int IntWriterV2::writeSampledDeltaMetric(const pwr::Metric& metric) {
-  writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity, s_noSuffix,
-                      s_noValue);
+  writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity, kNoSuffix,
+                      kNoValue);
   const pwr::Quantity* rateQuantity = nullptr;
   double scale = 1.0;
   if (metric.quantity != nullptr && metric.quantity->getRateConversion(rateQuantity, scale) == 0) {
     writeSampledGeneric(metric, kRateTable, Calculations::InstantaneousRate, rateQuantity,
-                        s_rateSuffix, s_noValue);
+                        kRateSuffix, kNoValue);
   }
   return 0;
 }
@@ -164,14 +165,14 @@ int IntWriterV2::writeSampledResidencyMetric(const pwr::Metric& metric) {
   const bool wantsPercentages = view == Info::kBothViews || view == Info::kPercentageView;
   if (wantsTimes && doTimelineResidencyTicks) {
     writeSampledGeneric(metric, kPlainTable, Calculations::NoCalculation, metric.quantity,
-                        s_noSuffix, s_noTicks);
+                        kNoSuffix, kNoTicks);
   } else if (wantsTimes) {
     writeSampledGeneric(metric, kTimeTable, Calculations::ResidencyTime, metric.quantity,
-                        s_timeSuffix, s_noTicks);
+                        kTimeSuffix, kNoTicks);
   }
   if (wantsPercentages) {
     writeSampledGeneric(metric, kPercentageTable, Calculations::ResidencyPercentage,
-                        metric.quantity, s_percentageSuffix, s_noShare);
+                        metric.quantity, kPercentageSuffix, kNoShare);
   }
   return 0;
 }

@@ -1,6 +1,5 @@
 #include "writers/textwriter_plugin/raw_writer.h"
 
-#include <set>
 #include <utility>
 
 #include "client/src/common/pw_files.h"
@@ -10,6 +9,7 @@
 #include "host/messages.h"
 #include "host/metric.h"
 #include "host/quantity.h"
+#include "writers/capability.h"
 
 namespace {
 
@@ -34,10 +34,10 @@ std::string columnTitle(const pwr::EntityHandle& entity, const pwr::DataDescript
 }  // namespace
 
 RawWriterV2::RawWriterV2() : WriterPlugin(kGuid) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      std::set<pwr::TableClass>{}, "raw", "Print raw text data to *.txt file", kSuffix, false);
-  capability->m_flags |= pwr::PluginCapability::kFlagHostInterpreted;
-  addCapability(capability.release());
+  declareCapability(*this, {.option = "raw",
+                            .description = "Print raw text data to *.txt file",
+                            .suffix = kSuffix,
+                            .flags = pwr::PluginCapability::kFlagHostInterpreted});
 }
 
 RawWriterV2::~RawWriterV2() = default;

@@ -1,17 +1,19 @@
 #include "writers/textwriter_plugin/summary_writer.h"
 
-#include <set>
-
 #include "host/messages.h"
 #include "host/table.h"
+#include "writers/capability.h"
 
 SummaryWriter::SummaryWriter()
     : TextWriter("108d88ba-5ee4-11e4-aa15-123b93f75cba"),
       m_metricOrder(std::make_unique<TextWriterImpl::MetricOrder>()),
       m_featureMetrics(std::make_unique<TextWriterImpl::FeatureMetrics>()) {
-  addCapability(new pwr::WriterPluginCapability(
-      {pwr::TableClass::Summary}, "sum",
-      "Write summary reports for all collected metrics to CSV file [default]", ".csv", false));
+  declareCapability(
+      *this,
+      {.option = "sum",
+       .description = "Write summary reports for all collected metrics to CSV file [default]",
+       .suffix = ".csv",
+       .tableClasses = {pwr::TableClass::Summary}});
   m_impl = std::make_unique<TextWriterImpl>(", ", ".csv");
 }
 
