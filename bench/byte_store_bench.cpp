@@ -5,7 +5,6 @@
 #include <array>
 #include <cstdlib>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "bench/support/ratio.h"

@@ -1,7 +1,6 @@
 // What is known of the platform's parts: a named bag of texts, and its two kinds.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <list>
 #include <map>

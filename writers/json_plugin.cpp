@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "client/src/common/number_text.h"

@@ -1,8 +1,6 @@
 // The writer of .json: a run as trace events, which Perfetto and others open.
 #pragma once
 
-#include <string>
-
 #include "writers/json_plugin_helper/series_writer.h"
 
 /// Writes `<base>.json` at `fini`: one counter event per point. docs/trace-json.md tells the

@@ -1,7 +1,6 @@
 #include "qumetra/access/access_place.h"
 
 #include <charconv>
-#include <limits>
 #include <system_error>
 
 #include "client/src/common/hw_operation.h"

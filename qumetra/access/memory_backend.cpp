@@ -1,7 +1,5 @@
 #include "qumetra/access/memory_backend.h"
 
-#include <utility>
-
 #include <fmt/format.h>
 
 #include "client/src/common/hw_operation.h"

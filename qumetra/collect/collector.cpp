@@ -1,7 +1,5 @@
 #include "qumetra/collect/collector.h"
 
-#include <utility>
-
 #include "qumetra/collect/cpu_idle_collector.h"
 #include "qumetra/collect/cpu_time_collector.h"
 #include "qumetra/collect/process_collector.h"

@@ -1,7 +1,6 @@
 #include "qumetra/collect/cpu_idle_collector.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <string_view>
 #include <system_error>

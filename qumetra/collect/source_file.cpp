@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstddef>
 #include <utility>
 
 namespace qumetra {

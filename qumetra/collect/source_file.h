@@ -1,7 +1,6 @@
 // Files of procfs and sysfs: small, made anew by the kernel at every read.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>

@@ -1,6 +1,5 @@
 #include "qumetra/readers/pwr_reader.h"
 
-#include <algorithm>
 #include <charconv>
 #include <optional>
 

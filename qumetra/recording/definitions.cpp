@@ -1,7 +1,7 @@
 #include "qumetra/recording/definitions.h"
 
+#include <iterator>
 #include <type_traits>
-#include <utility>
 
 namespace qumetra {
 

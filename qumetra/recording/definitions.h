@@ -9,7 +9,6 @@
 #include <unordered_map>
 #include <variant>
 
-#include "host/data.h"
 #include "host/handles.h"
 #include "host/metric.h"
 #include "host/quantity.h"

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "qumetra/recording/record_values.h"
-
 namespace qumetra {
 
 namespace {

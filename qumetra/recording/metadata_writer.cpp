@@ -1,6 +1,5 @@
 #include "qumetra/recording/metadata_writer.h"
 
-#include "host/platform_metadata.h"
 #include "qumetra/recording/json_text.h"
 #include "qumetra/recording/platform_writer.h"
 

@@ -1,7 +1,6 @@
 #include "tests/collect/fake_machine.h"
 
 #include <filesystem>
-#include <fstream>
 
 #include <gtest/gtest.h>
 

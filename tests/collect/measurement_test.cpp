@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <random>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "host/platform_metadata.h"
-#include "qumetra/collect/cpuid.h"
 #include "qumetra/model/model.h"
 #include "tests/collect/fake_machine.h"
 #include "tests/support/log_capture.h"

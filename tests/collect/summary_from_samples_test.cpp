@@ -1,6 +1,5 @@
 #include "qumetra/collect/summary_from_samples.h"
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,10 +16,8 @@ namespace qumetra::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::Not;
-using testing::StartsWith;
 
 /// Recordings of the machine of files, made shorter.
 class SummaryFromSamplesTest : public CollectionTest {

@@ -1,6 +1,5 @@
 #include "client/src/common/hw_operation.h"
 
-#include <array>
 #include <memory>
 #include <optional>
 #include <string>

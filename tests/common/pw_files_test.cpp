@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <filesystem>
 
 #include <gmock/gmock.h>

@@ -1,7 +1,6 @@
 #include "host/handles.h"
 
 #include <memory>
-#include <string>
 
 #include <gtest/gtest.h>
 

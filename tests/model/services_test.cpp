@@ -1,7 +1,5 @@
 #include "host/services.h"
 
-#include <string>
-
 #include <gtest/gtest.h>
 
 namespace {

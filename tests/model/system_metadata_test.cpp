@@ -1,7 +1,5 @@
 #include "host/system_metadata.h"
 
-#include <string>
-
 #include <gtest/gtest.h>
 
 namespace {

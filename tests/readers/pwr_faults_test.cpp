@@ -1,6 +1,5 @@
 // Bytes that are no whole file.
 #include <cstddef>
-#include <cstdint>
 #include <fstream>
 #include <string>
 #include <vector>

@@ -1,7 +1,6 @@
 // Every kind of record, from bytes worked out by hand.
 #include "qumetra/readers/pwr_reader.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,5 @@
 #include "tests/recording/message_dump.h"
 
-#include <cmath>
 #include <sstream>
 
 #include "host/platform_metadata.h"

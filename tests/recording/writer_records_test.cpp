@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "host/configuration.h"
-#include "host/platform_metadata.h"
 #include "qumetra/recording/block_file.h"
 #include "tests/recording/writer_fixture.h"
 #include "tests/support/disk_faults.h"

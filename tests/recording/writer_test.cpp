@@ -1,6 +1,5 @@
 // What the definitions of a written recording hold, and that reading it gives the same messages
 // again.
-#include <cmath>
 #include <functional>
 #include <limits>
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <initializer_list>
 
 #if !defined(__x86_64__)
 #error "Pointers to member functions are laid out otherwise here."

@@ -2,11 +2,9 @@
 // virtual operations alone.
 #include <dlfcn.h>
 
-#include <cstdlib>
 #include <memory>
 #include <set>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -1,6 +1,4 @@
 // The sampled tables of the trace writer.
-#include <cmath>
-#include <limits>
 
 #include <gmock/gmock.h>
 
@@ -11,7 +9,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 using Calculations = IntWriterV2::Calculations;
 

@@ -1,6 +1,5 @@
 // Values and attributes of samples.
 #include <bit>
-#include <limits>
 
 #include "tests/writers/kelto_fixture.h"
 

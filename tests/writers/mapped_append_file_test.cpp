@@ -9,7 +9,6 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 

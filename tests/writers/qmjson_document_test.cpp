@@ -2,8 +2,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 

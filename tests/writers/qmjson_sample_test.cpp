@@ -1,6 +1,5 @@
 // What the samples of an ordinary run become in the .qmjson result.
 #include <cstdint>
-#include <initializer_list>
 #include <limits>
 #include <string>
 

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -18,7 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using pwr::TableMessage;
-using qumetra::test::present;
 using qumetra::test::readFile;
 using qumetra::test::ReportWorld;
 using qumetra::test::TextWriterImplTest;

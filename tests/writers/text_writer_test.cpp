@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>

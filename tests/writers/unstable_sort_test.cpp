@@ -2,7 +2,6 @@
 #include "writers/json_plugin_helper/unstable_sort.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -1,7 +1,6 @@
 // The samples of a continuous run between two flushes.
 #pragma once
 
-#include <cstdint>
 #include <list>
 #include <memory>
 #include <string>

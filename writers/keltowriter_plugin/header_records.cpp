@@ -9,7 +9,6 @@
 
 #include "host/messages.h"
 #include "host/platform_metadata.h"
-#include "host/system_metadata.h"
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/keltowriter_plugin/packed_record.h"

@@ -1,7 +1,7 @@
 // What is told of a metric: its type, the tab and time-line it is shown on, and its own record.
 #include <algorithm>
 #include <array>
-#include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 

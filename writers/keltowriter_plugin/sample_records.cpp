@@ -6,7 +6,6 @@
 //                                info attributes of descriptor and value,
 //                                data attributes of descriptor and value,
 //                                the value
-#include <cstddef>
 
 #include "host/handles.h"
 #include "host/metric.h"

@@ -1,7 +1,6 @@
 // Sampled metrics over time: a table per entity and view, a row per message.
 #include <algorithm>
 
-#include "host/data.h"
 #include "host/handles.h"
 #include "host/metric.h"
 #include "host/quantity.h"

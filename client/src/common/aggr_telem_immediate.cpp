@@ -1,5 +1,7 @@
 #include "client/src/common/aggr_telem_immediate.h"
 
+#include <cstdint>
+
 namespace pwr {
 
 namespace {

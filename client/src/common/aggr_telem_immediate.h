@@ -1,7 +1,6 @@
 // Telemetry counters read here and now.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>

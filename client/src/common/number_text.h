@@ -2,7 +2,6 @@
 // matters.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 namespace pwr {

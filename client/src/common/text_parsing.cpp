@@ -9,7 +9,6 @@
 #include <map>
 #include <sstream>
 #include <string_view>
-#include <vector>
 
 #include "client/src/common/number_text.h"
 #include "client/src/common/pw_log.h"
