@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "client/src/common/owned.h"
 #include "client/src/common/pw_files.h"
 #include "client/src/common/pw_log.h"
 #include "host/execute_once.h"
@@ -16,10 +17,6 @@ namespace {
 
 constexpr std::uint64_t kStoreBufferSize = 0x100000;
 constexpr std::uint64_t kBlockSize = 0x100000;
-
-struct FreeMemory {
-  void operator()(char* memory) const { std::free(memory); }
-};
 
 using Stores = std::vector<std::unique_ptr<KeltoBackingStoreManager>>;
 
@@ -74,7 +71,7 @@ int KeltoBackingStoreManager::flush(std::FILE* stream) {
 // where half a store ends, so what was copied before a short read is taken back.
 int KeltoBackingStoreManager::copyTo(std::FILE* stream, std::uint64_t size) {
   const std::uint64_t blockSize = std::clamp<std::uint64_t>(size, 1, kBlockSize);
-  const std::unique_ptr<char, FreeMemory> block(static_cast<char*>(std::malloc(blockSize)));
+  const pwr::OwnedBytes block(static_cast<char*>(std::malloc(blockSize)));
   if (block == nullptr) {
     return kelto::failure("Failed to allocate buffer of size %lld\n", static_cast<long long>(size));
   }

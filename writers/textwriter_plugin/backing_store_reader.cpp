@@ -13,8 +13,6 @@ constexpr std::uint64_t kLargestFirstBlock = 0x100000;
 
 }  // namespace
 
-void BackingStoreReader::FreeMemory::operator()(char* memory) const { std::free(memory); }
-
 BackingStoreReader::BackingStoreReader(pwr::QMBufferProvider& store)
     : m_store(store), m_capacity(std::clamp(store.size(), kSmallestBlock, kLargestFirstBlock)) {
   m_store.resetForRead();

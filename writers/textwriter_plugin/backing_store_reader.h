@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 #include "client/src/common/buffer_provider.h"
+#include "client/src/common/owned.h"
 
 /// Reads records one after another, in blocks of at most 1 MiB unless a record is longer.
 ///
@@ -43,10 +43,6 @@ class BackingStoreReader {
  private:
   using Length = std::uint32_t;
 
-  struct FreeMemory {
-    void operator()(char* memory) const;
-  };
-
   bool takeRecord(std::string_view& text) {
     const std::size_t left = m_end - m_position;
     if (left < sizeof(Length) || left < recordSize()) {
@@ -74,7 +70,7 @@ class BackingStoreReader {
   bool makeRoom(std::size_t left, std::size_t lastRead);
 
   pwr::QMBufferProvider& m_store;
-  std::unique_ptr<char, FreeMemory> m_block;
+  pwr::OwnedBytes m_block;
   std::size_t m_capacity;
   // What of the block is still to be taken.
   std::size_t m_position = 0;

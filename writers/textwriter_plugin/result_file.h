@@ -1,17 +1,12 @@
 // A result file that is written once, at the end of a collection.
 #pragma once
 
-#include <cstdio>
-#include <memory>
 #include <string>
 
-/// Closes a stream whose result nobody asks for any more.
-struct CloseStream {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
+#include "client/src/common/owned.h"
 
 /// An open stream; null when there is none.
-using ResultFile = std::unique_ptr<std::FILE, CloseStream>;
+using ResultFile = pwr::OwnedFile;
 
 /// Makes or empties the file at `path`, with the directories above it. Null on failure.
 ResultFile createResultFile(const std::string& path);

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "client/src/common/owned.h"
 #include "writers/textwriter_plugin/mapped_append_file.h"
 #include "writers/textwriter_plugin/spill_system.h"
 
@@ -52,11 +53,7 @@ class SpillFile {
   std::uint64_t length() const;
 
  private:
-  struct StreamCloser {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-  };
-
-  std::unique_ptr<std::FILE, StreamCloser> m_stream;
+  pwr::OwnedFile m_stream;
   /// Set while open for writing; on the descriptor of `m_stream`, so gone before it.
   std::unique_ptr<MappedAppendFile> m_writing;
   std::uint64_t m_length = 0;

@@ -1,11 +1,11 @@
 #include "writers/textwriter_plugin/text_writer_impl.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <deque>
 #include <limits>
 
 #include "client/src/common/deliberate_stop.h"
-#include "client/src/common/pw_files.h"
 #include "client/src/common/pw_log.h"
 #include "client/src/common/text_parsing.h"
 #include "host/configuration.h"
@@ -129,13 +129,12 @@ int TextWriterImpl::init(const std::string& name) {
   resetCollectionState_i();
   m_outputFile.reset();
   m_outputPath = name + m_suffix;
-  std::FILE* file = nullptr;
-  if (!pwr::openFileHandle(&file, m_outputPath, "wb")) {
+  m_outputFile = createResultFile(m_outputPath);
+  if (m_outputFile == nullptr) {
     pwr::logTaggedWarning(pwr::c_textWriterConditionalLogTag, "WARNING: Could not create %s\n",
                           m_outputPath.c_str());
     return 1;
   }
-  m_outputFile.reset(file);
   return 0;
 }
 

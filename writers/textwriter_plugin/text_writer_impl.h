@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <list>
 #include <map>
 #include <memory>
@@ -10,6 +9,7 @@
 #include <unordered_map>
 
 #include "host/text_notes.h"
+#include "writers/textwriter_plugin/result_file.h"
 #include "writers/textwriter_plugin/temp_file_manager.h"
 
 namespace pwr {
@@ -27,9 +27,6 @@ class TextWriterImpl {
   using MetricOrder = std::list<std::uint32_t>;
   using FeatureMetrics =
       std::unordered_map<std::string, std::unordered_map<std::string, std::uint32_t>>;
-  struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
 
   // The keys of the text blocks among the tables.
   static constexpr std::uint64_t kHeaderTextKey = ~std::uint64_t{0};
@@ -94,7 +91,7 @@ class TextWriterImpl {
   /// Tables that came with a `pwr::MetricContainerInfoMessage`.
   std::map<std::uint64_t, std::unique_ptr<TempFileManager>> m_metricInfoTables;
   /// Open between `init` and `fini`.
-  std::unique_ptr<std::FILE, FileCloser> m_outputFile;
+  ResultFile m_outputFile;
   // Not used by the report.
   float m_timestampFrequency = 1.0F;
   bool m_doTimelineTsc;

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "client/src/common/error_text.h"
+#include "client/src/common/owned.h"
 #include "client/src/common/pw_files.h"
 #include "client/src/common/pw_log.h"
 
@@ -20,14 +21,9 @@ namespace {
 /// The doubled word is part of the text, by which users search their logs.
 constexpr const char* kResetFailure = "WARNING: WARNING: couldn't reset buffer for reading!\n";
 
-struct FreeMemory {
-  void operator()(char* memory) const { std::free(memory); }
-};
-using Block = std::unique_ptr<char, FreeMemory>;
-
 /// Null when there is no memory. Never null for want of bytes.
-Block allocateBlock(std::uint64_t size) {
-  return Block(static_cast<char*>(std::malloc(size == 0 ? 1 : size)));
+OwnedBytes allocateBlock(std::uint64_t size) {
+  return OwnedBytes(static_cast<char*>(std::malloc(size == 0 ? 1 : size)));
 }
 
 /// False with the reason in `errno`.
@@ -273,8 +269,8 @@ std::int32_t QMExtensibleBackingStore::insert(std::uint64_t position, const void
   if (position > size()) {
     return -1;
   }
-  const Block first = allocateBlock(count);
-  const Block second = allocateBlock(count);
+  const OwnedBytes first = allocateBlock(count);
+  const OwnedBytes second = allocateBlock(count);
   if (!first || !second) {
     return -1;
   }

@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <string_view>
 
 #include "client/src/common/number_text.h"
+#include "client/src/common/owned.h"
 #include "client/src/common/pw_log.h"
 #include "host/services.h"
 
@@ -27,11 +27,6 @@ constexpr int kShortDelayMs = 1;
 constexpr std::size_t kMaxLinkBytes = 1024;
 /// Link, telemetry interface and their directory stand below the device.
 constexpr int kPartsBelowDevice = 3;
-
-struct CloseFile {
-  void operator()(FILE* file) const { static_cast<void>(std::fclose(file)); }
-};
-using File = std::unique_ptr<FILE, CloseFile>;
 
 bool readSystemDelay(FILE* file, int& delay) {
   constexpr int kDecimal = 10;
@@ -84,7 +79,7 @@ void forEachDevice(const std::function<void(int, const std::string&, FILE*)>& vi
     }
     path += "/power/autosuspend_delay_ms";
     // What the system asks for; an attribute keeps its value across it.
-    const File file(std::fopen(path.c_str(), "w+"));
+    const OwnedFile file(std::fopen(path.c_str(), "w+"));
     if (file != nullptr) {
       visit(index, path, file.get());
     } else if (index != 0) {

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <vector>
+
+#include "client/src/common/owned.h"
 
 namespace pwr {
 
@@ -41,10 +41,6 @@ class Tokenizer {
   std::size_t get_num_tokens() const;
 
  private:
-  struct Free {
-    void operator()(char* text) const { std::free(text); }
-  };
-
   /// Moves `start` and `end` to the next token behind `end`. False when there is none.
   bool findNext(const char* delimiters, std::size_t& start, std::size_t& end) const;
   std::vector<std::string> cut(const char* delimiters) const;
@@ -54,7 +50,7 @@ class Tokenizer {
   std::size_t m_start = 0;
   std::size_t m_end = 0;
   std::vector<std::string> m_tokens;
-  std::unique_ptr<char, Free> m_current;
+  OwnedBytes m_current;
 };
 
 }  // namespace pwr
