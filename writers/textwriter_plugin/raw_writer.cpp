@@ -1,8 +1,8 @@
 #include "writers/textwriter_plugin/raw_writer.h"
 
+#include <cstdio>
 #include <utility>
 
-#include "client/src/common/pw_files.h"
 #include "client/src/common/pw_log.h"
 #include "host/data.h"
 #include "host/handles.h"
@@ -10,6 +10,7 @@
 #include "host/metric.h"
 #include "host/quantity.h"
 #include "writers/capability.h"
+#include "writers/textwriter_plugin/time_line_columns.h"
 
 namespace {
 
@@ -18,17 +19,13 @@ constexpr const char* kSuffix = ".txt";
 constexpr const char* kMissing = "N/A";
 constexpr std::uint16_t kTimestampColumn = 0;
 
-std::string unitsSuffix(const pwr::Quantity* quantity) {
-  return quantity == nullptr ? std::string() : " (" + quantity->toUnitsString() + ")";
-}
-
 std::string columnTitle(const pwr::EntityHandle& entity, const pwr::DataDescriptor* descriptor,
                         const pwr::Quantity* quantity) {
   std::string title = entity.getQualifiedName();
   if (descriptor != nullptr) {
     title += ' ' + descriptor->getName();
   }
-  return title + unitsSuffix(quantity);
+  return title + bracketedUnits(quantity);
 }
 
 }  // namespace
@@ -44,10 +41,8 @@ RawWriterV2::~RawWriterV2() = default;
 
 int RawWriterV2::init(const std::string& name, bool /*continuous*/) {
   m_outputPath = name + kSuffix;
-  std::FILE* file = nullptr;
-  const bool opened = pwr::openFileHandle(&file, m_outputPath, "wb");
-  m_outputFile.reset(file);
-  if (!opened) {
+  m_outputFile = createResultFile(m_outputPath);
+  if (m_outputFile == nullptr) {
     pwr::logTaggedWarning(pwr::c_textWriterConditionalLogTag, "WARNING: Could not create %s\n",
                           m_outputPath.c_str());
     return 1;
@@ -64,15 +59,8 @@ int RawWriterV2::fini() {
   for (auto& [metricId, table] : m_stores) {
     table.store->flush(m_outputFile.get(), ",", false);  // What went wrong is in the log.
   }
-  closeOutput();
+  closeResultFile(m_outputFile, m_outputPath);
   return 0;
-}
-
-void RawWriterV2::closeOutput() {
-  const bool hadErrors = std::ferror(m_outputFile.get()) != 0;
-  if (std::fclose(m_outputFile.release()) != 0 || hadErrors) {
-    pwr::logError("ERROR: Could not write all of %s\n", m_outputPath.c_str());
-  }
 }
 
 int RawWriterV2::writeMessage(const pwr::TextMessage& message) {
@@ -124,19 +112,13 @@ RawWriterV2::Table* RawWriterV2::findOrMakeTable(const std::string& name, std::u
   }
 }
 
-RawWriterV2::CellKey RawWriterV2::cellKey(const pwr::EntityHandle& entity,
-                                          const pwr::DataDescriptor* descriptor) {
-  const std::uint64_t descriptorId = descriptor == nullptr ? 0 : descriptor->getId();
-  return descriptorId == 0 ? entity.getId() : (entity.getId() << 32) + descriptorId;
-}
-
 void RawWriterV2::setUpColumns(Table& table, const pwr::Metric& metric) {
   table.store->addColumn("Timestamp");
   for (const auto& [entity, descriptor] : metric.entities) {
     if (entity == nullptr) {
       continue;  // Every value belongs to an entity: none could ever stand in such a column.
     }
-    const CellKey key = cellKey(*entity, descriptor);
+    const CellKey key = cellKey(entity->getId(), idOf(descriptor));
     if (!table.columnIndex.contains(key)) {
       const std::string title = columnTitle(*entity, descriptor, metric.quantity);
       table.columnIndex.emplace(key, table.store->addColumn(title));
@@ -147,8 +129,7 @@ void RawWriterV2::setUpColumns(Table& table, const pwr::Metric& metric) {
 
 std::uint16_t RawWriterV2::columnOf(Table& table, const pwr::Metric& metric,
                                     const pwr::DataElement& element, std::size_t position) {
-  const pwr::EntityHandle& entity = *element.getEntity();
-  const CellKey key = cellKey(entity, element.getDescriptor());
+  const CellKey key = cellKey(element.getEntity()->getId(), idOf(element.getDescriptor()));
   if (position < table.lastRow.size() && table.lastRow[position].key == key) {
     return table.lastRow[position].column;
   }

@@ -3,21 +3,18 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "writers/textwriter_plugin/backing_store_wrapper.h"
+#include "writers/textwriter_plugin/result_file.h"
 #include "writers/writer_plugins.h"
 
 namespace pwr {
-class DataDescriptor;
 class DataElement;
-class EntityHandle;
-class Quantity;
-}  // namespace pwr
+}
 
 /// Writes `<output name>.txt`: texts as they come, and at the end one table per metric id with a
 /// row per sample, in the order of their arrival. The order of the tables has no meaning.
@@ -58,7 +55,7 @@ class RawWriterV2 final : public WriterPlugin {
   BackingStoreWrapper* getStore(const std::string& name, std::uint32_t metricId);
 
  private:
-  /// Tells columns apart: from the ids of entity and descriptor, never from their names.
+  /// From `cellKey`.
   using CellKey = std::uint64_t;
 
   struct KeyedColumn {
@@ -76,23 +73,18 @@ class RawWriterV2 final : public WriterPlugin {
     bool isSetUp = false;
   };
 
-  struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-
-  static CellKey cellKey(const pwr::EntityHandle& entity, const pwr::DataDescriptor* descriptor);
   static void setUpColumns(Table& table, const pwr::Metric& metric);
   /// The column of the sample's element number `position`; a new one when its key is new.
   static std::uint16_t columnOf(Table& table, const pwr::Metric& metric,
                                 const pwr::DataElement& element, std::size_t position);
   static std::uint16_t findOrAddColumn(Table& table, const pwr::Metric& metric,
                                        const pwr::DataElement& element, CellKey key);
-  void closeOutput();
   /// Null when the table cannot be made.
   Table* findOrMakeTable(const std::string& name, std::uint32_t metricId);
 
   std::string m_outputPath;
-  std::unique_ptr<std::FILE, CloseFile> m_outputFile;
+  /// Null before `init` and after `fini`.
+  ResultFile m_outputFile;
   /// A hash map from the metric id: the order of the tables in the file is its order.
   std::unordered_map<std::uint32_t, Table> m_stores;
   /// The text of one cell; a member to keep its memory.

@@ -1,4 +1,4 @@
-// Keys, names and attribute columns that the over-time tables have in common.
+// Keys, names and attribute columns that the tables of samples have in common.
 #pragma once
 
 #include <cstdint>
