@@ -53,6 +53,12 @@ std::string streamed(double value) {
   return out.str();
 }
 
+TEST(HexText, HasAPrefixAndNoLeadingZeros) {
+  EXPECT_EQ(hexText(0), "0x0");
+  EXPECT_EQ(hexText(0x1f), "0x1f");
+  EXPECT_EQ(hexText(std::numeric_limits<unsigned long>::max()), "0xffffffffffffffff");
+}
+
 TEST(AppendFixed, RandomBitPatternsReadAsPrintfWritesThem) {
   std::mt19937_64 random(20240607);
   for (int i = 0; i < kRandomValues; ++i) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -18,14 +17,6 @@ constexpr int kAllOnes = -1;
 
 /// What the values of these categories are is part of every description.
 constexpr std::array kDescribedCategories = {"ENTITY", "DESCRIPTOR"};
-
-std::string hexText(unsigned long number) {
-  constexpr int kHexadecimal = 16;
-  std::array<char, 16> digits{};
-  const auto end =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number, kHexadecimal).ptr;
-  return "0x" + std::string(digits.data(), end);
-}
 
 /// The first bytes of `bytes`, at most `count`, as the low bytes of a number.
 template <typename Number>
@@ -66,7 +57,7 @@ int HWOperation::set(const std::string& category, const std::string& value) {
 }
 
 pwr::OperationMetadata* HWOperation::getOperationMetadata() const {
-  return getOperationMetadata_i(hexText(getAddress()));
+  return getOperationMetadata_i(pwr::hexText(getAddress()));
 }
 
 pwr::OperationMetadata* HWOperation::getOperationMetadata_i(const std::string& address) const {

@@ -52,6 +52,13 @@ void appendInt(std::string& out, long value) { appendShortText(out, value); }
 
 void appendUInt(std::string& out, unsigned long value) { appendShortText(out, value); }
 
+std::string hexText(unsigned long value) {
+  constexpr int kHexadecimal = 16;
+  std::string text = "0x";
+  appendShortText(text, value, kHexadecimal);
+  return text;
+}
+
 void appendGeneral(std::string& out, double value) {
   appendShortText(out, value, std::chars_format::general, kStreamPrecision);
 }

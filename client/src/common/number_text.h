@@ -10,6 +10,9 @@ namespace pwr {
 void appendInt(std::string& out, long value);
 void appendUInt(std::string& out, unsigned long value);
 
+/// "0x" and `value` in hexadecimal, in lower case and without leading zeros.
+std::string hexText(unsigned long value);
+
 /// Appends `value` as a stream does by default: six significant digits, exponent where shorter.
 void appendGeneral(std::string& out, double value);
 

@@ -1,7 +1,6 @@
 #include "client/src/common/pch_utils.h"
 
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -163,12 +162,7 @@ std::vector<std::string> getMZLWSPCHBDF(PCHMetadata* metadata) {
   if (metadata == nullptr) {
     return {};
   }
-  constexpr int kHexadecimal = 16;
-  std::array<char, 8> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(),
-                                 metadata->getMZLWSPCHBus(), kHexadecimal)
-                       .ptr;
-  return {"0x" + std::string(digits.data(), end) + "/0x14/0x2/0x10"};
+  return {hexText(metadata->getMZLWSPCHBus()) + "/0x14/0x2/0x10"};
 }
 
 std::uint16_t PCHMetadata::getMZLWSPCHBus() const {
