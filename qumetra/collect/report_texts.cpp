@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include "client/src/common/number_text.h"
+#include "client/src/common/platform_entry.h"
 #include "host/platform_metadata.h"
 #include "qumetra/collect/clock.h"
 #include "qumetra/collect/system_scan.h"
@@ -19,10 +20,7 @@ std::string counted(std::size_t count, const char* one, const char* many) {
 }
 
 std::string processorLine(const pwr::SystemMetadata& metadata) {
-  const auto entry = metadata.m_platformMetadata.find(pwr::SystemMetadata::kCpu);
-  const auto* cpu = entry != metadata.m_platformMetadata.end()
-                        ? dynamic_cast<const pwr::CPUMetadata*>(entry->second)
-                        : nullptr;
+  const auto* const cpu = pwr::platformEntry<pwr::CPUMetadata>(metadata, pwr::SystemMetadata::kCpu);
   if (cpu == nullptr) {
     return "Processor: " + metadata.m_cpuNativeModelName;
   }

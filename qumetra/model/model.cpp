@@ -20,10 +20,6 @@ std::string titleOf(const QuantitySpec& spec) {
   return spec.units.empty() ? spec.name : spec.name + " (" + spec.units + ")";
 }
 
-bool isReserved(std::uint64_t id) {
-  return id >= Model::kFirstReservedId && id <= Model::kLastReservedId;
-}
-
 /// Adds a thing to those of its kind, where it stays until the model goes.
 template <typename Base, typename Owned = Base>
 Owned& keep(std::vector<std::unique_ptr<Base>>& things, std::unique_ptr<Owned> thing) {

@@ -53,6 +53,9 @@ class Model {
   /// Ids from here to `kLastReservedId` are drawn by objects that are made at run time.
   static constexpr std::uint64_t kFirstReservedId = 0x60000000;
   static constexpr std::uint64_t kLastReservedId = 0x7FFFFFFF;
+  static constexpr bool isReserved(std::uint64_t id) {
+    return id >= kFirstReservedId && id <= kLastReservedId;
+  }
 
   Model();
   Model(const Model&) = delete;

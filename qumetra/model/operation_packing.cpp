@@ -3,21 +3,13 @@
 #include <cstddef>
 #include <utility>
 
+#include "client/src/common/packed_numbers.h"
 #include "client/src/common/serializer.h"
 #include "host/operation_metadata.h"
 
 namespace pwr {
 
 namespace {
-
-void writeNumber(Serializer& serializer, std::uint32_t value) {
-  serializer.write_to(&value, sizeof value);
-}
-
-/// False when the bytes fall short.
-bool readNumber(Serializer& serializer, std::uint32_t& value) {
-  return serializer.read_from(&value, sizeof value) == sizeof value;
-}
 
 // The serializer's own texts cannot be told from missing ones when they are empty, and end at 65535
 // bytes.

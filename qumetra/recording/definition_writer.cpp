@@ -8,10 +8,6 @@ namespace {
 
 constexpr std::string_view kNull = "null";
 
-bool isReserved(std::uint64_t id) {
-  return id >= Model::kFirstReservedId && id <= Model::kLastReservedId;
-}
-
 const pwr::AttributeValueManager* attributesOf(const pwr::DataHandle& handle) {
   return dynamic_cast<const pwr::AttributeValueManager*>(&handle);
 }
@@ -191,7 +187,7 @@ void DefinitionWriter::ended(const pwr::DataHandle& object) {
 /// The id to write for an object that has the id `wanted`.
 std::uint64_t DefinitionWriter::takeId(std::uint64_t wanted) {
   constexpr std::uint64_t kFirstReplacement = 0xFFFFFFFF00000000;
-  if (!isReserved(wanted) && m_takenIds.insert(wanted).second) {
+  if (!Model::isReserved(wanted) && m_takenIds.insert(wanted).second) {
     return wanted;
   }
   std::uint64_t replacement = kFirstReplacement + m_replacements;
