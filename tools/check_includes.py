@@ -33,7 +33,7 @@ ROOMS = {
 }
 
 # The units of writers/ that every writer may include, and the few that may include one another.
-FRAME_UNITS = {"writer_plugins", "capability", "table_cells", "system_lookup",
+FRAME_UNITS = {"writer_plugins", "capability", "held_handle", "table_cells", "system_lookup",
                "without_exception"}
 # What a sample means and how a value becomes text is the same in the results of these writers.
 SAMPLE_UNITS = {"sample_reading", "data_text"}

@@ -16,9 +16,6 @@ constexpr std::size_t kAttributeSize = 12;
 /// The size of a sample record, counted from the size field, without its attributes.
 constexpr std::uint32_t kSampleRestSize = 10;
 
-// Numbers as warnings show them.
-unsigned long long shown(std::uint64_t value) { return value; }
-
 }  // namespace
 
 std::uint32_t KeltoWriter::addAttributeToRecord(std::uint32_t id, std::uint64_t value,
@@ -93,7 +90,7 @@ int KeltoWriter::checkTsc(std::uint64_t tsc,
         "FATAL: KeltoWriterPlugin:    Current sample TSC is <= collection start TSC. Samples are "
         "required to be monotonically increasing in time. '%s' current TSC: %llu <= collection "
         "start TSC: %llu\n",
-        previous.first.c_str(), shown(tsc), shown(systemInfo->firstTsc));
+        previous.first.c_str(), kelto::shown(tsc), kelto::shown(systemInfo->firstTsc));
     return 1;
   }
   if (previous.second != systemInfo->firstTsc && tsc <= previous.second) {
@@ -101,7 +98,7 @@ int KeltoWriter::checkTsc(std::uint64_t tsc,
         "FATAL: KeltoWriterPlugin:    Current sample TSC is <= previous sample's TSC. Samples are "
         "required to be monotonically increasing in time. '%s' current TSC: %llu <= previous TSC: "
         "%llu\n",
-        previous.first.c_str(), shown(tsc), shown(previous.second));
+        previous.first.c_str(), kelto::shown(tsc), kelto::shown(previous.second));
     return 1;
   }
   previous.second = tsc;

@@ -106,11 +106,11 @@ int KeltoWriter::handleMetricMetadataHelper(std::uint64_t id, std::uint16_t metr
   std::uint64_t tabGroupUid = 0;
   if (writeTabGroupMetadata(name, secondName, id, &tabGroupUid) != 0) {
     return kelto::failure("Failed to write tab group metadata '%s:%llu'.\n", name.c_str(),
-                          static_cast<unsigned long long>(id));
+                          kelto::shown(id));
   }
   if (writeTimelineGroupMetadata(name, secondName, id, tabGroupUid) != 0) {
     return kelto::failure("Failed to write timeline group metadata '%s:%llu'.\n", name.c_str(),
-                          static_cast<unsigned long long>(id));
+                          kelto::shown(id));
   }
   long quantityUid = -1;
   if (handleQuantityMetadata(quantity, quantityUid) != 0) {

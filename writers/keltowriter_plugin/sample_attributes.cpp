@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/handles.h"
+#include "writers/held_handle.h"
 #include "writers/keltowriter_plugin/info_metadata.h"
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
@@ -39,12 +40,6 @@ int forEachAttribute(const Manager& manager, Take take) {
     }
   }
   return 0;
-}
-
-const pwr::DataHandle* handleOf(const pwr::Data& data) {
-  const pwr::DataHandle* handle = nullptr;
-  data.toHandle(handle);
-  return handle;
 }
 
 }  // namespace
@@ -97,7 +92,7 @@ int KeltoWriter::processInfoAttributesHelper(const pwr::Attribute* attribute, co
 }
 
 int KeltoWriter::addPair(const pwr::Data& data, QM2AttributeList* list) {
-  const pwr::DataHandle* const handle = handleOf(data);
+  const pwr::DataHandle* const handle = handleIn(data);
   if (handle == nullptr) {
     return kelto::failure("Failed to get data handle for info attribute.\n");
   }
@@ -132,7 +127,7 @@ int KeltoWriter::writePair(const pwr::NameValuePair& pair) {
 }
 
 int KeltoWriter::addThread(const pwr::Data& data, QM2AttributeList* list) {
-  const pwr::DataHandle* const handle = handleOf(data);
+  const pwr::DataHandle* const handle = handleIn(data);
   if (handle == nullptr) {
     return kelto::failure("Failed to get data handle for thread attribute.\n");
   }
@@ -151,7 +146,7 @@ int KeltoWriter::addThread(const pwr::Data& data, QM2AttributeList* list) {
 }
 
 int KeltoWriter::addProcess(const pwr::Data& data, QM2AttributeList* list) {
-  const pwr::DataHandle* const handle = handleOf(data);
+  const pwr::DataHandle* const handle = handleIn(data);
   if (handle == nullptr) {
     return kelto::failure("Failed to get data handle for process attribute.\n");
   }

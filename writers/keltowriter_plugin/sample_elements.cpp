@@ -6,6 +6,7 @@
 
 #include "host/handles.h"
 #include "host/metric.h"
+#include "writers/held_handle.h"
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/keltowriter_plugin/metric_types.h"
@@ -41,8 +42,7 @@ std::uint8_t tagOf(const pwr::Data* value) {
 
 /// The descriptor that a handle value names; null when it names none.
 const pwr::DataDescriptor* describedBy(const pwr::Data& value) {
-  const pwr::DataHandle* handle = nullptr;
-  value.toHandle(handle);
+  const pwr::DataHandle* const handle = handleIn(value);
   if (handle == nullptr || handle->getHandleType() != pwr::DataHandle::kDescriptorType) {
     return nullptr;
   }

@@ -17,6 +17,7 @@
 namespace {
 
 using kelto::kNoElement;
+using kelto::shown;
 
 bool isWakelock(const pwr::Metric& metric) {
   return metric.metricType == pwr::Metric::TRACED_VALUE_TRANSITION &&
@@ -24,9 +25,10 @@ bool isWakelock(const pwr::Metric& metric) {
           metric.tableClass == pwr::TableClass::UserWakelock);
 }
 
-// Times as warnings show them.
-unsigned long long shown(std::uint64_t value) { return value; }
-unsigned long long timeOf(const pwr::Metric& metric) { return metric.getData().timestamp; }
+/// The sample's time as "%llu" takes it.
+unsigned long long timeOf(const pwr::Metric& metric) {
+  return kelto::shown(metric.getData().timestamp);
+}
 
 }  // namespace
 

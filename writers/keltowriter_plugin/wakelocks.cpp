@@ -6,11 +6,14 @@
 
 #include "host/handles.h"
 #include "host/metric.h"
+#include "writers/held_handle.h"
 #include "writers/keltowriter_plugin/kelto_log.h"
 #include "writers/keltowriter_plugin/kelto_writer.h"
 #include "writers/keltowriter_plugin/packed_record.h"
 
 namespace {
+
+using kelto::shown;
 
 /// With the terminator.
 constexpr std::size_t kLongestName = 80;
@@ -38,16 +41,6 @@ enum Flag : std::uint16_t {
 std::string_view terminatedName(const std::string& name) { return name.c_str(); }
 
 bool isTooLong(std::string_view name) { return name.size() + 1 > kLongestName; }
-
-unsigned long long shown(std::uint64_t value) { return value; }
-
-const pwr::DataHandle* handleOf(const pwr::Data* data) {
-  const pwr::DataHandle* handle = nullptr;
-  if (data != nullptr) {
-    data->toHandle(handle);
-  }
-  return handle;
-}
 
 }  // namespace
 
@@ -97,7 +90,8 @@ int KeltoWriter::handleWakelockSampleNonGeneric(const pwr::Metric* metric) {
   }
   const pwr::DataElement& element = *sample.elements.front();
   const pwr::EntityHandle* const entity = element.getEntity();
-  const pwr::DataHandle* const state = handleOf(element.getValue());
+  const pwr::Data* const value = element.getValue();
+  const pwr::DataHandle* const state = value == nullptr ? nullptr : handleIn(*value);
   if (state != nullptr && state->getName() == "Released") {
     return 0;
   }
@@ -138,11 +132,11 @@ int KeltoWriter::takeWakelockAttribute(const pwr::Attribute& attribute, const pw
                                        Wakelock& wakelock) {
   switch (attribute.getAttributeType()) {
     case pwr::AttributeType::Info:
-      return takeWakelockInfo(attribute, handleOf(&data), wakelock);
+      return takeWakelockInfo(attribute, handleIn(data), wakelock);
     case pwr::AttributeType::Thread:
-      return takeWakelockThread(handleOf(&data), wakelock);
+      return takeWakelockThread(handleIn(data), wakelock);
     case pwr::AttributeType::Process:
-      return takeWakelockProcess(handleOf(&data), wakelock);
+      return takeWakelockProcess(handleIn(data), wakelock);
     default:
       return 0;
   }

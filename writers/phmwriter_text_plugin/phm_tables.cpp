@@ -3,6 +3,7 @@
 #include "host/handles.h"
 #include "host/metric.h"
 #include "host/quantity.h"
+#include "writers/held_handle.h"
 #include "writers/phmwriter_text_plugin/phm_writer.h"
 #include "writers/textwriter_plugin/time_line_columns.h"
 
@@ -15,13 +16,6 @@ void warn(const char* text) { pwr::logPlainWarning("%s", text); }
 /// The first line of a title, and the units in a second one.
 std::string titleWithUnits(const std::string& title, const std::string& unitSuffix) {
   return title + "\nUnits:" + unitSuffix;
-}
-
-/// What a value is when it is a descriptor; null for all else.
-const pwr::DataDescriptor* valueDescriptorOf(const pwr::DataElement& element) {
-  const pwr::DataHandle* handle = nullptr;
-  static_cast<void>(element.getValue()->toHandle(handle));
-  return dynamic_cast<const pwr::DataDescriptor*>(handle);
 }
 
 std::string lateColumnName(const pwr::DataElement& element) {
@@ -138,7 +132,7 @@ bool PhmTextWriter::writeTracedElement(const pwr::Metric& metric, const pwr::Dat
     return titleWithUnits(metric.name + " - " + entity.getQualifiedName(),
                           bracketedUnits(metric.quantity));
   });
-  const pwr::DataDescriptor* valueDescriptor = valueDescriptorOf(element);
+  const pwr::DataDescriptor* valueDescriptor = descriptorIn(*element.getValue());
   if (valueDescriptor == nullptr) {
     warn("WARNING: PHM writer plugin: Unable to retrieve DataHandle\n");
     return false;

@@ -3,22 +3,13 @@
 #include "host/data.h"
 #include "host/handles.h"
 #include "host/metric.h"
+#include "writers/held_handle.h"
 #include "writers/textwriter_plugin/int_writer.h"
 #include "writers/textwriter_plugin/time_line_columns.h"
 
 namespace {
 
 constexpr const char* kNoValue = "n/a";
-
-/// The descriptor that the value itself is, which is not the element's; null when it is none.
-const pwr::DataDescriptor* valueDescriptorOf(const pwr::DataElement& element) {
-  const pwr::Data& value = *element.getValue();
-  const pwr::DataHandle* handle = nullptr;
-  if (value.m_tag != pwr::Data::kHandle || value.toHandle(handle) != 0) {
-    return nullptr;
-  }
-  return dynamic_cast<const pwr::DataDescriptor*>(handle);
-}
 
 std::string entityTableTitle(const pwr::Metric& metric, const pwr::EntityHandle& entity) {
   return entity.getName().empty() ? metric.name : metric.name + " - " + entity.getQualifiedName();
@@ -41,7 +32,8 @@ bool IntWriterV2::writeTracedElement(const pwr::Metric& metric, const pwr::DataE
   if (table == nullptr) {
     return false;
   }
-  const pwr::DataDescriptor* valueDescriptor = valueDescriptorOf(element);
+  // The descriptor that the value itself is, which is not the element's.
+  const pwr::DataDescriptor* valueDescriptor = descriptorIn(*element.getValue());
   if (!table->initialized && !setUpTracedColumns(*table, metric, element, valueDescriptor, kForm)) {
     return false;
   }
