@@ -19,6 +19,14 @@ void appendValue(std::string& text, long value) { pwr::appendInt(text, value); }
 void appendValue(std::string& text, unsigned long value) { pwr::appendUInt(text, value); }
 void appendValue(std::string& text, double value) { pwr::appendGeneral(text, value); }
 
+/// What `convert` takes out of `data`.
+template <typename Value>
+Value taken(const pwr::Data& data, int (pwr::Data::*convert)(Value&) const) {
+  Value value{};
+  (data.*convert)(value);
+  return value;
+}
+
 /// Nothing in front of the bracket: "3-7(MHz)".
 void appendUnits(std::string& text, const pwr::Quantity* quantity) {
   if (quantity != nullptr) {
@@ -96,24 +104,15 @@ int KeltoWriter::addValue(std::uint32_t attribute, const char* kind, T value,
 
 int KeltoWriter::addNumber(const pwr::Data& data, QM2AttributeList* list) {
   switch (data.m_tag) {
-    case pwr::Data::kInt: {
-      long value = 0;
-      data.toInt(value);
-      return addValue(kIntAttribute, "integer", value, list);
-    }
-    case pwr::Data::kUInt: {
-      unsigned long value = 0;
-      data.toUInt(value);
-      return addValue(kUIntAttribute, "unsigned integer", value, list);
-    }
-    case pwr::Data::kReal: {
-      double value = 0;
-      data.toReal(value);
+    case pwr::Data::kInt:
+      return addValue(kIntAttribute, "integer", taken(data, &pwr::Data::toInt), list);
+    case pwr::Data::kUInt:
+      return addValue(kUIntAttribute, "unsigned integer", taken(data, &pwr::Data::toUInt), list);
+    case pwr::Data::kReal:
       if (!legacy) {
         noteRealValues(s_wasRealNoted);
       }
-      return addValue(kRealAttribute, "real", value, list);
-    }
+      return addValue(kRealAttribute, "real", taken(data, &pwr::Data::toReal), list);
     default:
       return addRange(data, list);
   }
@@ -126,23 +125,15 @@ int KeltoWriter::addRange(const pwr::Data& data, QM2AttributeList* list) {
     return status != 0 ? status : addValue(lower + 1, upperKind, range.second, list);
   };
   switch (data.m_tag) {
-    case pwr::Data::kIntRange: {
-      pwr::Data::IntRange range{};
-      data.toIntRange(range);
+    case pwr::Data::kIntRange:
       return addBounds(kIntLowerBoundAttribute, "lower bound integer", "upper bound integer",
-                       range);
-    }
-    case pwr::Data::kUIntRange: {
-      pwr::Data::UIntRange range{};
-      data.toUIntRange(range);
+                       taken(data, &pwr::Data::toIntRange));
+    case pwr::Data::kUIntRange:
       return addBounds(kUIntLowerBoundAttribute, "lower bound unsigned integer",
-                       "upper bound unsigned integer", range);
-    }
+                       "upper bound unsigned integer", taken(data, &pwr::Data::toUIntRange));
     case pwr::Data::kRealRange: {
-      pwr::Data::RealRange range{};
-      data.toRealRange(range);
-      const int status =
-          addBounds(kRealLowerBoundAttribute, "lower bound real", "upper bound real", range);
+      const int status = addBounds(kRealLowerBoundAttribute, "lower bound real", "upper bound real",
+                                   taken(data, &pwr::Data::toRealRange));
       if (status == 0 && !legacy) {
         noteRealValues(s_wasRealRangeNoted);
       }
@@ -155,25 +146,18 @@ int KeltoWriter::addRange(const pwr::Data& data, QM2AttributeList* list) {
 
 int KeltoWriter::processNumberAsString(const pwr::Data& data, const pwr::Quantity* quantity,
                                        QM2AttributeList* list, std::string* out) {
-  const auto processed = [](int status) {
-    return status == 0 ? 0 : kelto::failure("Unable to process value attribute as string'.\n");
+  const auto process = [&](auto value) {
+    return processValueAsString(value, quantity, list, out) == 0
+               ? 0
+               : kelto::failure("Unable to process value attribute as string'.\n");
   };
   switch (data.m_tag) {
-    case pwr::Data::kInt: {
-      long value = 0;
-      data.toInt(value);
-      return processed(processValueAsString(value, quantity, list, out));
-    }
-    case pwr::Data::kUInt: {
-      unsigned long value = 0;
-      data.toUInt(value);
-      return processed(processValueAsString(value, quantity, list, out));
-    }
-    case pwr::Data::kReal: {
-      double value = 0;
-      data.toReal(value);
-      return processed(processValueAsString(value, quantity, list, out));
-    }
+    case pwr::Data::kInt:
+      return process(taken(data, &pwr::Data::toInt));
+    case pwr::Data::kUInt:
+      return process(taken(data, &pwr::Data::toUInt));
+    case pwr::Data::kReal:
+      return process(taken(data, &pwr::Data::toReal));
     default:
       return processAnyRangeAsString(data, quantity, list, out);
   }
@@ -181,27 +165,24 @@ int KeltoWriter::processNumberAsString(const pwr::Data& data, const pwr::Quantit
 
 int KeltoWriter::processAnyRangeAsString(const pwr::Data& data, const pwr::Quantity* quantity,
                                          QM2AttributeList* list, std::string* out) {
-  const auto processed = [](int status) {
-    return status == 0 ? 0
-                       : kelto::failure("Unable to process value range attribute as string'.\n");
+  const auto process = [&](auto low, auto high) {
+    return processRangeAsString(low, high, quantity, list, out) == 0
+               ? 0
+               : kelto::failure("Unable to process value range attribute as string'.\n");
   };
   switch (data.m_tag) {
     case pwr::Data::kIntRange: {
-      pwr::Data::IntRange range{};
-      data.toIntRange(range);
-      return processed(processRangeAsString(range.first, range.second, quantity, list, out));
+      const auto [low, high] = taken(data, &pwr::Data::toIntRange);
+      return process(low, high);
     }
     case pwr::Data::kUIntRange: {
       // Unsigned ends show as signed numbers, which is how viewers know them.
-      pwr::Data::UIntRange range{};
-      data.toUIntRange(range);
-      return processed(processRangeAsString(static_cast<long>(range.first),
-                                            static_cast<long>(range.second), quantity, list, out));
+      const auto [low, high] = taken(data, &pwr::Data::toUIntRange);
+      return process(static_cast<long>(low), static_cast<long>(high));
     }
     case pwr::Data::kRealRange: {
-      pwr::Data::RealRange range{};
-      data.toRealRange(range);
-      return processed(processRangeAsString(range.first, range.second, quantity, list, out));
+      const auto [low, high] = taken(data, &pwr::Data::toRealRange);
+      return process(low, high);
     }
     default:
       return kelto::failure("Unsupported data type obtained.\n");
