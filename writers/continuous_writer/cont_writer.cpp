@@ -90,11 +90,11 @@ void writeEntry(JsonWriter& writer, const ContinuousWriter::Metadata::Data& entr
 
 ContWriter::ContWriter() = default;
 
-ContWriter::ContWriter(std::string const& base) : ContinuousWriter(base) {}
+ContWriter::ContWriter(const std::string& base) : ContinuousWriter(base) {}
 
 ContWriter::~ContWriter() = default;
 
-int ContWriter::flushContinuousResults(pwr::SystemMetadata const& system) {
+int ContWriter::flushContinuousResults(const pwr::SystemMetadata& system) {
   const pwr::CPUMetadata* cpu = processorOf(&system);
   if (cpu == nullptr) {
     return 0;
@@ -111,7 +111,7 @@ int ContWriter::flushContinuousResults(pwr::SystemMetadata const& system) {
   return 1;
 }
 
-void ContWriter::flushMetadata_i(ContinuousWriter::Metadata const* node, JsonWriter& writer) {
+void ContWriter::flushMetadata_i(const ContinuousWriter::Metadata* node, JsonWriter& writer) {
   if (node == nullptr) {
     return;
   }
@@ -170,7 +170,7 @@ void ContWriter::flushQmjson_i() {
   handOut_i(num++, document);
 }
 
-void ContWriter::handOut_i(int number, rapidjson::StringBuffer const& document) {
+void ContWriter::handOut_i(int number, const rapidjson::StringBuffer& document) {
   std::array<char, kFileNameSize> name{};
   pw_snprintf(name.data(), name.size(), "%s_%d%s", outputBase.c_str(), number, extension.c_str());
   pwr::Logger& output = *g_pluginEnvironment->getFileOutputHandle(name.data());

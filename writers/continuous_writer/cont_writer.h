@@ -24,17 +24,17 @@ class ContWriter : public ContinuousWriter {
   using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
   ContWriter();
-  explicit ContWriter(std::string const& base);
+  explicit ContWriter(const std::string& base);
   ~ContWriter() override;
 
   /// Returns 0 when `system` has no processor: nothing is written then, and all is kept. Returns 1
   /// otherwise, which is no failure; also for another extension and without a host's environment,
   /// where all is kept too.
-  virtual int flushContinuousResults(pwr::SystemMetadata const& system);
+  virtual int flushContinuousResults(const pwr::SystemMetadata& system);
 
   /// Writes the entries of `node` as members of the object that is open. A key with several values
   /// has an array. Null writes nothing.
-  static void flushMetadata_i(ContinuousWriter::Metadata const* node, JsonWriter& writer);
+  static void flushMetadata_i(const ContinuousWriter::Metadata* node, JsonWriter& writer);
 
   /// Kept free for owners.
   std::string unused;
@@ -46,5 +46,5 @@ class ContWriter : public ContinuousWriter {
   void flushQmjson_i();
   /// Brings a document to the file of that number and forgets what it was made from. REQUIRES:
   /// there is a host's environment.
-  void handOut_i(int number, rapidjson::StringBuffer const& document);
+  void handOut_i(int number, const rapidjson::StringBuffer& document);
 };

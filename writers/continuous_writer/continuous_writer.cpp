@@ -47,8 +47,8 @@ std::string entityText(const pwr::EntityHandle* entity) {
 
 }  // namespace
 
-ContinuousWriter::Data::Data(int metric, std::string const& entityName,
-                             std::string const& descriptorName, std::string const& stateText,
+ContinuousWriter::Data::Data(int metric, const std::string& entityName,
+                             const std::string& descriptorName, const std::string& stateText,
                              unsigned long ticks, double length, double number)
     : metricId(metric),
       entity(entityName),
@@ -60,11 +60,11 @@ ContinuousWriter::Data::Data(int metric, std::string const& entityName,
 
 ContinuousWriter::ContinuousWriter() = default;
 
-ContinuousWriter::ContinuousWriter(std::string const& base) : outputBase(base) {}
+ContinuousWriter::ContinuousWriter(const std::string& base) : outputBase(base) {}
 
 ContinuousWriter::~ContinuousWriter() = default;
 
-int ContinuousWriter::writeMessage(pwr::SystemMessage const& message) {
+int ContinuousWriter::writeMessage(const pwr::SystemMessage& message) {
   if (message.m_metadata == nullptr) {
     return 1;
   }
@@ -74,7 +74,7 @@ int ContinuousWriter::writeMessage(pwr::SystemMessage const& message) {
   return 0;
 }
 
-int ContinuousWriter::writeMessage(Metric const& metric) {
+int ContinuousWriter::writeMessage(const Metric& metric) {
   for (const pwr::DataElement* element : metric.getData().elements) {
     if (addSample_i(metric, *element) != 0) {
       return 1;
@@ -90,7 +90,7 @@ int ContinuousWriter::fini() {
   return g_pluginEnvironment->getFileOutputHandle("")->finish();
 }
 
-int ContinuousWriter::addSample_i(Metric const& metric, pwr::DataElement const& element) {
+int ContinuousWriter::addSample_i(const Metric& metric, const pwr::DataElement& element) {
   const pwr::DataDescriptor* descriptor = element.getDescriptor();
   std::string state = stateText(metric, element);
   const double duration = duration_i(metric, element);
@@ -112,7 +112,7 @@ int ContinuousWriter::addSample_i(Metric const& metric, pwr::DataElement const& 
   return 0;
 }
 
-double ContinuousWriter::duration_i(Metric const& metric, pwr::DataElement const& element) const {
+double ContinuousWriter::duration_i(const Metric& metric, const pwr::DataElement& element) const {
   if (hasNoDuration(metric)) {
     return 1.0;
   }
@@ -120,7 +120,7 @@ double ContinuousWriter::duration_i(Metric const& metric, pwr::DataElement const
   return static_cast<double>(pwr::realToUInt64(microseconds));
 }
 
-void ContinuousWriter::addMetadataOnce_i(Metric const& metric) {
+void ContinuousWriter::addMetadataOnce_i(const Metric& metric) {
   // Once per process, not per object or run: readers of a run join its files by metric id.
   static pwr::PWSet<unsigned int> metricsWithMetadataSent;
   if (metricsWithMetadataSent.add(metric.metricId)) {

@@ -22,8 +22,8 @@ class ContinuousWriter {
  public:
   /// One sample.
   struct Data {
-    Data(int metric, std::string const& entityName, std::string const& descriptorName,
-         std::string const& stateText, unsigned long ticks, double length, double number);
+    Data(int metric, const std::string& entityName, const std::string& descriptorName,
+         const std::string& stateText, unsigned long ticks, double length, double number);
 
     int metricId;
     /// Qualified.
@@ -42,12 +42,12 @@ class ContinuousWriter {
   struct Metadata {
     struct Data;
 
-    Metadata(std::string const& nodeName, int nodeId);
+    Metadata(const std::string& nodeName, int nodeId);
 
     /// Appends to the list under `key`. Numbers become texts as a stream prints them by default.
     /// Defined for texts, nodes, `unsigned int`, `unsigned long`, `float` and `double`.
     template <typename T>
-    void add(std::string const& key, T const& value);
+    void add(const std::string& key, const T& value);
 
     /// The feature's name in the root of a metric, empty elsewhere.
     std::string name;
@@ -58,17 +58,17 @@ class ContinuousWriter {
 
   ContinuousWriter();
   /// `base` is the base name of output files.
-  explicit ContinuousWriter(std::string const& base);
+  explicit ContinuousWriter(const std::string& base);
   ContinuousWriter(const ContinuousWriter&) = delete;
   ContinuousWriter& operator=(const ContinuousWriter&) = delete;
   virtual ~ContinuousWriter();
 
   /// Takes the clock's frequency. Comes before the first metric: without it all scaled numbers are
   /// 0. Returns 0, or 1 for a message without metadata.
-  int writeMessage(pwr::SystemMessage const& message);
+  int writeMessage(const pwr::SystemMessage& message);
   /// Takes the elements in order. Returns 0, or 1 at the first element that cannot be read; the
   /// elements before it are kept.
-  int writeMessage(pwr::Metric const& metric);
+  int writeMessage(const pwr::Metric& metric);
   /// Ends the use of the host's nameless output. What was not flushed is lost. Returns what the
   /// host returns.
   int fini();
@@ -76,7 +76,7 @@ class ContinuousWriter {
  protected:
   std::string outputBase;
   /// Borrowed.
-  pwr::SystemMetadata const* systemMetadata = nullptr;
+  const pwr::SystemMetadata* systemMetadata = nullptr;
   /// Microseconds per tick, divided in single precision.
   double tickScale = 0.0;
   /// By metric name; several metrics may carry one name.
@@ -85,9 +85,9 @@ class ContinuousWriter {
   std::list<Data> data;
 
  private:
-  int addSample_i(pwr::Metric const& metric, pwr::DataElement const& element);
-  double duration_i(pwr::Metric const& metric, pwr::DataElement const& element) const;
-  void addMetadataOnce_i(pwr::Metric const& metric);
+  int addSample_i(const pwr::Metric& metric, const pwr::DataElement& element);
+  double duration_i(const pwr::Metric& metric, const pwr::DataElement& element) const;
+  void addMetadataOnce_i(const pwr::Metric& metric);
 };
 
 /// One value under a key: a text, or a node where `child` is not null.

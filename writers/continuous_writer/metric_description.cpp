@@ -98,20 +98,20 @@ Node describeCollection(const pwr::SystemMetadata& system) {
 
 }  // namespace
 
-ContinuousWriter::Metadata::Metadata(std::string const& nodeName, int nodeId)
+ContinuousWriter::Metadata::Metadata(const std::string& nodeName, int nodeId)
     : name(nodeName), id(nodeId) {}
 
 template <typename T>
-void ContinuousWriter::Metadata::add(std::string const& key, T const& value) {
+void ContinuousWriter::Metadata::add(const std::string& key, const T& value) {
   entries[key].push_back(std::make_shared<Data>(entry(value)));
 }
 
-template void Metadata::add(std::string const& key, std::string const& value);
-template void Metadata::add(std::string const& key, Node const& value);
-template void Metadata::add(std::string const& key, unsigned int const& value);
-template void Metadata::add(std::string const& key, unsigned long const& value);
-template void Metadata::add(std::string const& key, float const& value);
-template void Metadata::add(std::string const& key, double const& value);
+template void Metadata::add(const std::string& key, const std::string& value);
+template void Metadata::add(const std::string& key, const Node& value);
+template void Metadata::add(const std::string& key, const unsigned int& value);
+template void Metadata::add(const std::string& key, const unsigned long& value);
+template void Metadata::add(const std::string& key, const float& value);
+template void Metadata::add(const std::string& key, const double& value);
 
 std::shared_ptr<Metadata> describeMetric(const pwr::Metric& metric) {
   auto root = std::make_shared<Metadata>(metric.featureName, static_cast<int>(metric.metricId));

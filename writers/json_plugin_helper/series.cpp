@@ -32,7 +32,7 @@ void Value::addValue(unsigned int id, double v) {
   more->emplace_back(id, v);
 }
 
-void Value::remapValues(std::vector<unsigned int> const& map) {
+void Value::remapValues(const std::vector<unsigned int>& map) {
   remap(firstId, map);
   if (more == nullptr) {
     return;
@@ -50,20 +50,20 @@ std::vector<Value::Pair> Value::getValues() const {
   return values;
 }
 
-Point::Point(unsigned long startTime, unsigned long endTime, Value const& v)
+Point::Point(unsigned long startTime, unsigned long endTime, const Value& v)
     : start(startTime), end(endTime), value(v) {}
 
-void Point::remapValues(std::vector<unsigned int> const& map) { value.remapValues(map); }
+void Point::remapValues(const std::vector<unsigned int>& map) { value.remapValues(map); }
 
-JsonUnit::JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion)
+JsonUnit::JsonUnit(const std::string& quantityName, const std::string& unitsText, double conversion)
     : JsonUnit(quantityName, unitsText, conversion, false) {}
 
-JsonUnit::JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion,
+JsonUnit::JsonUnit(const std::string& quantityName, const std::string& unitsText, double conversion,
                    bool isRate)
     : name(quantityName), units(unitsText), rateConversion(conversion), calculatedRate(isRate) {}
 
-Series::Series(std::string const& categoryName, std::vector<JsonUnit> const& allUnits,
-               std::string const& uniqueName, std::string const& friendlyName,
+Series::Series(const std::string& categoryName, const std::vector<JsonUnit>& allUnits,
+               const std::string& uniqueName, const std::string& friendlyName,
                pwr::Metric::MetricType metricType, bool hasStateValues)
     : category(categoryName),
       units(allUnits),
@@ -72,9 +72,9 @@ Series::Series(std::string const& categoryName, std::vector<JsonUnit> const& all
       type(static_cast<std::uint8_t>(metricType)),
       stated(hasStateValues) {}
 
-void Series::addState(std::string const& state) { getStateId(state); }
+void Series::addState(const std::string& state) { getStateId(state); }
 
-unsigned int Series::getStateId(std::string const& state) {
+unsigned int Series::getStateId(const std::string& state) {
   if (sharedIds != nullptr) {
     if (const auto shared = sharedIds->find(state); shared != sharedIds->end()) {
       return shared->second;
@@ -88,18 +88,18 @@ unsigned int Series::getStateId(std::string const& state) {
   return entry->second;
 }
 
-void Series::addData(unsigned long start, unsigned long end, std::string const& state,
+void Series::addData(unsigned long start, unsigned long end, const std::string& state,
                      double value) {
   points.emplace_back(start, end, Value(getStateId(state), value));
 }
 
-void Series::addData(unsigned long start, unsigned long end, std::string const& state, double value,
+void Series::addData(unsigned long start, unsigned long end, const std::string& state, double value,
                      double value2) {
   addData(start, end, state, value);
   appendData(state, value2);
 }
 
-void Series::appendData(std::string const& state, double value) {
+void Series::appendData(const std::string& state, double value) {
   const unsigned int id = getStateId(state);
   if (!points.empty()) {
     points.back().getValue().addValue(id, value);

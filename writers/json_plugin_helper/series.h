@@ -29,7 +29,7 @@ class Value {
 
   void addValue(unsigned int id, double v);
   /// Replaces each id by `map[id]`. An id that the table does not have stays.
-  void remapValues(std::vector<unsigned int> const& map);
+  void remapValues(const std::vector<unsigned int>& map);
   std::vector<Pair> getValues() const;
 
   /// At least 1.
@@ -51,13 +51,13 @@ class Value {
 /// The value of a span of time, in microseconds since the start of the collection.
 class Point {
  public:
-  Point(unsigned long startTime, unsigned long endTime, Value const& v);
+  Point(unsigned long startTime, unsigned long endTime, const Value& v);
 
-  void remapValues(std::vector<unsigned int> const& map);
+  void remapValues(const std::vector<unsigned int>& map);
   unsigned long getStartTimestamp() const { return start; }
   unsigned long getEndTimestamp() const { return end; }
   Value& getValue() { return value; }
-  Value const& getValue() const { return value; }
+  const Value& getValue() const { return value; }
 
  private:
   unsigned long start;
@@ -68,8 +68,8 @@ class Point {
 /// A unit that the numbers of a series can be told in.
 class JsonUnit {
  public:
-  JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion);
-  JsonUnit(std::string const& quantityName, std::string const& unitsText, double conversion,
+  JsonUnit(const std::string& quantityName, const std::string& unitsText, double conversion);
+  JsonUnit(const std::string& quantityName, const std::string& unitsText, double conversion,
            bool isRate);
 
   std::string getName() const { return name; }
@@ -89,8 +89,8 @@ class JsonUnit {
 class Series {
  public:
   /// `hasStateValues`: the numbers are told by state. Only the low byte of the type is kept.
-  Series(std::string const& categoryName, std::vector<JsonUnit> const& allUnits,
-         std::string const& uniqueName, std::string const& friendlyName,
+  Series(const std::string& categoryName, const std::vector<JsonUnit>& allUnits,
+         const std::string& uniqueName, const std::string& friendlyName,
          pwr::Metric::MetricType metricType, bool hasStateValues);
 
   std::string getCategory() const { return category; }
@@ -102,14 +102,14 @@ class Series {
   std::vector<Point> getData() const { return points; }
 
   /// Gives the state the next id unless it has one.
-  void addState(std::string const& state);
-  unsigned int getStateId(std::string const& state);
-  void addData(unsigned long start, unsigned long end, std::string const& state, double value);
+  void addState(const std::string& state);
+  unsigned int getStateId(const std::string& state);
+  void addData(unsigned long start, unsigned long end, const std::string& state, double value);
   /// A range: two pairs under one id, low and high end.
-  void addData(unsigned long start, unsigned long end, std::string const& state, double value,
+  void addData(unsigned long start, unsigned long end, const std::string& state, double value,
                double value2);
   /// Adds to the last point. Without a point only the state is kept.
-  void appendData(std::string const& state, double value);
+  void appendData(const std::string& state, double value);
 
   /// The names of the states, each at its id. A name that stands under an id beyond their number is
   /// left out, and a place without a name is empty; neither comes about by the operations above.
@@ -127,16 +127,16 @@ class Series {
   void shareStates(std::shared_ptr<const StateIds> ids);
 
   // For printing, without copies.
-  std::string const& categoryText() const { return category; }
-  std::string const& keyText() const { return key; }
-  std::string const& nameText() const { return name; }
-  std::vector<JsonUnit> const& allUnits() const { return units; }
-  std::vector<Point> const& allPoints() const { return points; }
+  const std::string& categoryText() const { return category; }
+  const std::string& keyText() const { return key; }
+  const std::string& nameText() const { return name; }
+  const std::vector<JsonUnit>& allUnits() const { return units; }
+  const std::vector<Point>& allPoints() const { return points; }
   bool hasPoints() const { return !points.empty(); }
 
   /// Declared states by id, for a writer that prints names (`setStateNames`).
   using StateNames = std::unordered_map<unsigned int, std::string>;
-  StateNames const& getStateNames() const { return stateNames; }
+  const StateNames& getStateNames() const { return stateNames; }
   void setStateNames(StateNames names) { stateNames = std::move(names); }
 
  private:

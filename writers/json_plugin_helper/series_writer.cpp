@@ -130,8 +130,8 @@ int SeriesWriter::writeMessage(const Metric& metric) {
   return 0;
 }
 
-std::uint64_t SeriesWriter::addSeries(std::string const& key, std::string const& name,
-                                      Metric const& metric, pwr::DataElement const* element,
+std::uint64_t SeriesWriter::addSeries(const std::string& key, const std::string& name,
+                                      const Metric& metric, const pwr::DataElement* element,
                                       bool stated) {
   const std::uint64_t id = seriesId(name, metric, element->getEntity());
   std::unique_ptr<Series>& place = series[id];
@@ -143,7 +143,7 @@ std::uint64_t SeriesWriter::addSeries(std::string const& key, std::string const&
   return id;
 }
 
-std::string SeriesWriter::getState(pwr::DataElement const* element, bool byValue) {
+std::string SeriesWriter::getState(const pwr::DataElement* element, bool byValue) {
   const pwr::DataDescriptor* descriptor = element->getDescriptor();
   if (byValue) {
     descriptor = heldDescriptor(*element->getValue()).descriptor;
@@ -160,16 +160,16 @@ std::string SeriesWriter::getState(pwr::DataElement const* element, bool byValue
 
 const char* SeriesWriter::getTypeString(Metric::MetricType type) { return metricTypeName(type); }
 
-int SeriesWriter::getStringFromData(pwr::Data const* value, std::string* out) {
+int SeriesWriter::getStringFromData(const pwr::Data* value, std::string* out) {
   return getStringFromData_i(value, out);
 }
 
-int SeriesWriter::getFirstDataAttributeAsString(pwr::AttributeValueManager const* attributes,
+int SeriesWriter::getFirstDataAttributeAsString(const pwr::AttributeValueManager* attributes,
                                                 std::string* out) {
   return attributes == nullptr ? 1 : firstAttributeText(*attributes, *out);
 }
 
-bool SeriesWriter::isNumeric(std::string const& state) { return isNumericState(state); }
+bool SeriesWriter::isNumeric(const std::string& state) { return isNumericState(state); }
 
 void SeriesWriter::sortStates(std::vector<std::string>& states) { sortStateNames(states); }
 
@@ -183,7 +183,7 @@ std::unordered_map<std::string, SeriesWriter::Category> SeriesWriter::seriesByCa
   return categories;
 }
 
-int SeriesWriter::addElement_i(Metric const& metric, pwr::DataElement const& element,
+int SeriesWriter::addElement_i(const Metric& metric, const pwr::DataElement& element,
                                std::uint64_t end, std::uint64_t& previousId) {
   Sample sample;
   if (readSample_i(metric, element, sample) != 0) {
@@ -207,7 +207,7 @@ int SeriesWriter::addElement_i(Metric const& metric, pwr::DataElement const& ele
   return 0;
 }
 
-int SeriesWriter::readSample_i(Metric const& metric, pwr::DataElement const& element,
+int SeriesWriter::readSample_i(const Metric& metric, const pwr::DataElement& element,
                                Sample& out) const {
   out.duration = hasNoDuration(metric) ? 1 : microseconds_i(element.getDuration());
   if (readValue(metric, element, static_cast<double>(out.duration), out.value) != 0) {
@@ -234,7 +234,7 @@ std::uint64_t SeriesWriter::microseconds_i(std::uint64_t ticks) const {
   return pwr::realToUInt64(static_cast<double>(scaled));
 }
 
-void SeriesWriter::declareStates_i(Metric const& metric, Series& target) const {
+void SeriesWriter::declareStates_i(const Metric& metric, Series& target) const {
   Series::StateNames names;
   for (const pwr::Data& state : metric.states) {
     const HeldDescriptor held = heldDescriptor(state);

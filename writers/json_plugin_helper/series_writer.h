@@ -52,17 +52,17 @@ class SeriesWriter : public WriterPlugin {
   /// Finds the series of an element, or makes it with the states that the metric declares. Returns
   /// its id: the sum of a hash of `name` and the packed ids of metric and entity. Two things of one
   /// sum are one series.
-  std::uint64_t addSeries(std::string const& key, std::string const& name,
-                          pwr::Metric const& metric, pwr::DataElement const* element, bool stated);
+  std::uint64_t addSeries(const std::string& key, const std::string& name,
+                          const pwr::Metric& metric, const pwr::DataElement* element, bool stated);
 
   /// The state of an element: its value's (`byValue`) or its descriptor's. Empty without one.
-  static std::string getState(pwr::DataElement const* element, bool byValue);
+  static std::string getState(const pwr::DataElement* element, bool byValue);
   static const char* getTypeString(pwr::Metric::MetricType type);
-  static int getStringFromData(pwr::Data const* value, std::string* out);
+  static int getStringFromData(const pwr::Data* value, std::string* out);
   /// The text of the first attribute's value; returns 1 when it has none.
-  static int getFirstDataAttributeAsString(pwr::AttributeValueManager const* attributes,
+  static int getFirstDataAttributeAsString(const pwr::AttributeValueManager* attributes,
                                            std::string* out);
-  static bool isNumeric(std::string const& state);
+  static bool isNumeric(const std::string& state);
   /// See writers/json_plugin_helper/state_order.h.
   static void sortStates(std::vector<std::string>& states);
 
@@ -79,7 +79,7 @@ class SeriesWriter : public WriterPlugin {
   /// Microseconds per tick.
   float tickScale = 0.0F;
   /// Borrowed; null before the system message.
-  pwr::SystemMetadata const* systemMetadata = nullptr;
+  const pwr::SystemMetadata* systemMetadata = nullptr;
   std::uint64_t startTimestamp = 0;
   /// Each argument behind a blank.
   std::string commandLine;
@@ -93,11 +93,11 @@ class SeriesWriter : public WriterPlugin {
 
  private:
   struct Sample;
-  int addElement_i(pwr::Metric const& metric, pwr::DataElement const& element, std::uint64_t end,
+  int addElement_i(const pwr::Metric& metric, const pwr::DataElement& element, std::uint64_t end,
                    std::uint64_t& previousId);
-  int readSample_i(pwr::Metric const& metric, pwr::DataElement const& element, Sample& out) const;
+  int readSample_i(const pwr::Metric& metric, const pwr::DataElement& element, Sample& out) const;
   std::uint64_t microseconds_i(std::uint64_t ticks) const;
-  void declareStates_i(pwr::Metric const& metric, Series& target) const;
+  void declareStates_i(const pwr::Metric& metric, Series& target) const;
 
   bool m_keepsStateNames;
 };

@@ -72,7 +72,7 @@ std::size_t sharedLength(const std::vector<std::string>& states) {
 
 }  // namespace
 
-bool isNumericState(std::string const& state) { return numberOf(state.c_str()).has_value(); }
+bool isNumericState(const std::string& state) { return numberOf(state.c_str()).has_value(); }
 
 void sortStateNames(std::vector<std::string>& states) {
   if (states.empty()) {

@@ -6,7 +6,7 @@
 
 /// Whether the whole text is a decimal number as strtol reads it; the empty text is one, 0. A text
 /// that begins with the largest signed 64-bit number, or with a larger one, ends the process.
-bool isNumericState(std::string const& state);
+bool isNumericState(const std::string& state);
 
 /// Sorts states by number where they are numbers or go on with one behind a beginning that all
 /// share; otherwise leaves them in the order in which they were met:

@@ -22,7 +22,7 @@ Trie::~Trie() {
   }
 }
 
-void Trie::addWord(std::string const& word) {
+void Trie::addWord(const std::string& word) {
   Trie* node = this;
   for (std::size_t i = 0; i < word.size(); ++i) {
     ++node->wordCount;
@@ -36,8 +36,8 @@ void Trie::addWord(std::string const& word) {
   }
 }
 
-void Trie::getWordsStartingWith(std::string const& prefix, std::set<std::string>& out,
-                                std::string const& accumulated) const {
+void Trie::getWordsStartingWith(const std::string& prefix, std::set<std::string>& out,
+                                const std::string& accumulated) const {
   const Trie* node = this;
   for (const char c : prefix) {
     node = node->child(c);
@@ -48,7 +48,7 @@ void Trie::getWordsStartingWith(std::string const& prefix, std::set<std::string>
   node->getWords(out, accumulated + prefix);
 }
 
-void Trie::getWords(std::set<std::string>& out, std::string const& accumulated) const {
+void Trie::getWords(std::set<std::string>& out, const std::string& accumulated) const {
   struct Step {
     const Trie* node;
     decltype(children)::const_iterator next;
@@ -76,7 +76,7 @@ void Trie::getWords(std::set<std::string>& out, std::string const& accumulated) 
   }
 }
 
-std::size_t Trie::sharedBeginnings(std::string const& word, std::size_t count) const {
+std::size_t Trie::sharedBeginnings(const std::string& word, std::size_t count) const {
   if (word.size() < 2) {
     return 0;
   }

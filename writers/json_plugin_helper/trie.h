@@ -21,17 +21,17 @@ class Trie {
   ~Trie();
 
   /// Adds a word; the empty word is none.
-  void addWord(std::string const& word);
+  void addWord(const std::string& word);
   /// Inserts all words of this tree that start with `prefix` into `out`, each behind `accumulated`.
-  void getWordsStartingWith(std::string const& prefix, std::set<std::string>& out,
-                            std::string const& accumulated) const;
+  void getWordsStartingWith(const std::string& prefix, std::set<std::string>& out,
+                            const std::string& accumulated) const;
   /// The same for all words.
-  void getWords(std::set<std::string>& out, std::string const& accumulated) const;
+  void getWords(std::set<std::string>& out, const std::string& accumulated) const;
 
   /// How many of the beginnings of `word`, counted from the first character, are shorter than
   /// `word` and have exactly `count` words that start with them. Counting ends at the first that
   /// has not.
-  std::size_t sharedBeginnings(std::string const& word, std::size_t count) const;
+  std::size_t sharedBeginnings(const std::string& word, std::size_t count) const;
 
  private:
   const Trie* child(char c) const;
