@@ -19,7 +19,6 @@
 #include "bench/support/allocation_count.h"
 
 namespace qumetra::bench {
-
 namespace {
 
 /// The first round warms caches, files and the allocator, and is not counted.

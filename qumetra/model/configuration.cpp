@@ -3,7 +3,6 @@
 #include <utility>
 
 namespace pwr {
-
 namespace {
 
 bool copyOrder(const std::deque<std::string>& order, std::deque<std::string>& out) {

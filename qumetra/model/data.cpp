@@ -6,7 +6,6 @@
 #include "host/handles.h"
 
 namespace pwr {
-
 namespace {
 
 constexpr int kFormattedDecimals = 6;

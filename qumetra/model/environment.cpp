@@ -7,7 +7,6 @@
 #include <utility>
 
 namespace qumetra {
-
 namespace {
 
 void writeToStandardError(std::string_view text) {

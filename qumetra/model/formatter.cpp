@@ -8,7 +8,6 @@
 #include "host/data.h"
 
 namespace pwr {
-
 namespace {
 
 /// Appends integers and reals with a fixed number of decimals. Integers keep all their digits, also

@@ -6,7 +6,6 @@
 #include "qumetra/model/model.h"
 
 namespace qumetra {
-
 namespace {
 
 const pwr::DataHandle* findIn(const HandleTable& table, std::uint64_t id) {

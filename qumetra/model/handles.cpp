@@ -7,7 +7,6 @@
 #include "qumetra/model/handle_registry.h"
 
 namespace pwr {
-
 namespace {
 
 /// "name #id": names repeat, ids do not.

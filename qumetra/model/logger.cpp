@@ -13,7 +13,6 @@
 #include "client/src/common/pw_log.h"
 
 namespace pwr {
-
 namespace {
 
 constexpr mode_t kFileMode = 0666;

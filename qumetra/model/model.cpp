@@ -6,7 +6,6 @@
 #include "qumetra/model/handle_registry.h"
 
 namespace qumetra {
-
 namespace {
 
 pwr::HandleTexts textsOf(const HandleSpec& spec) {

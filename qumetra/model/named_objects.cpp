@@ -6,7 +6,6 @@
 #include "qumetra/model/handle_registry.h"
 
 namespace pwr {
-
 namespace {
 
 /// The objects of one kind that were made at run time. A deque never moves them.

@@ -8,7 +8,6 @@
 #include "host/operation_metadata.h"
 
 namespace pwr {
-
 namespace {
 
 // The serializer's own texts cannot be told from missing ones when they are empty, and end at 65535

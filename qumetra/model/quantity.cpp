@@ -5,7 +5,6 @@
 #include "qumetra/model/handle_registry.h"
 
 namespace pwr {
-
 namespace {
 
 constexpr std::uint32_t kTimeCode = 1;

@@ -10,7 +10,6 @@
 // Deprecated tree: count of threads (32), then each thread: package (32), core (32), id (32).
 // Topology change: timestamp (64), thread id (32), online (8).
 namespace pwr {
-
 namespace {
 
 /// Reads one thread's place; false when the bytes fall short.

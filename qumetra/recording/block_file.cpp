@@ -10,7 +10,6 @@
 #include <utility>
 
 namespace qumetra {
-
 namespace {
 
 constexpr std::size_t kBlockSize = std::size_t{1} << 20;

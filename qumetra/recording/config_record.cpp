@@ -4,7 +4,6 @@
 #include <string>
 
 namespace qumetra {
-
 namespace {
 
 std::deque<std::string> readNames(RecordList list) {

@@ -6,7 +6,6 @@
 #include "qumetra/recording/record_values.h"
 
 namespace qumetra {
-
 namespace {
 
 std::optional<std::string> optionalString(RecordObject& record, std::string_view name) {

@@ -4,7 +4,6 @@
 #include "qumetra/recording/definition_writer.h"
 
 namespace qumetra {
-
 namespace {
 
 using pwr::Data;

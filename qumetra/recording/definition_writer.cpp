@@ -3,7 +3,6 @@
 #include "qumetra/model/model.h"
 
 namespace qumetra {
-
 namespace {
 
 constexpr std::string_view kNull = "null";

@@ -4,7 +4,6 @@
 #include <type_traits>
 
 namespace qumetra {
-
 namespace {
 
 std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }

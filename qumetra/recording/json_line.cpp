@@ -8,7 +8,6 @@
 #include "qumetra/recording/utf8.h"
 
 namespace qumetra {
-
 namespace {
 
 // Numbers stay texts until it is known what they are for: an integer of some width, or a real whose

@@ -8,7 +8,6 @@
 #include "qumetra/recording/utf8.h"
 
 namespace qumetra {
-
 namespace {
 
 constexpr char kHexDigits[] = "0123456789abcdef";

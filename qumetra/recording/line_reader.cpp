@@ -12,7 +12,6 @@
 #include "qumetra/recording/recording_reader.h"
 
 namespace qumetra {
-
 namespace {
 
 constexpr std::size_t kFirstBufferSize = std::size_t{256} << 10;

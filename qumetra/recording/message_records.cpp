@@ -8,7 +8,6 @@
 #include "qumetra/recording/table_record.h"
 
 namespace qumetra {
-
 namespace {
 
 /// Lends its elements to a metric. The metric outlives the elements, so they are taken back.

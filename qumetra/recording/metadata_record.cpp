@@ -3,7 +3,6 @@
 #include <utility>
 
 namespace qumetra {
-
 namespace {
 
 // Each sets its target when the member is there.

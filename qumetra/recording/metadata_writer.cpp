@@ -4,7 +4,6 @@
 #include "qumetra/recording/platform_writer.h"
 
 namespace qumetra {
-
 namespace {
 
 template <typename Append>

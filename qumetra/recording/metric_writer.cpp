@@ -4,7 +4,6 @@
 #include <bit>
 
 namespace qumetra {
-
 namespace {
 
 using pwr::Data;

@@ -3,7 +3,6 @@
 #include "qumetra/recording/record_values.h"
 
 namespace qumetra {
-
 namespace {
 
 /// Reads what all platform entries have.

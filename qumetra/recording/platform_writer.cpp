@@ -5,7 +5,6 @@
 #include "host/platform_metadata.h"
 
 namespace qumetra {
-
 namespace {
 
 void appendCommon(JsonText& json, const pwr::PlatformMetadata& entry) {

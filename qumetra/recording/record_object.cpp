@@ -5,7 +5,6 @@
 #include <limits>
 
 namespace qumetra {
-
 namespace {
 
 static_assert(std::numeric_limits<double>::is_iec559 && std::numeric_limits<float>::is_iec559);

@@ -4,7 +4,6 @@
 #include <utility>
 
 namespace qumetra {
-
 namespace {
 
 using pwr::Data;

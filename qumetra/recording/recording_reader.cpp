@@ -14,7 +14,6 @@
 #include "qumetra/recording/record_object.h"
 
 namespace qumetra {
-
 namespace {
 
 constexpr std::uint32_t kVersion = 1;

@@ -13,7 +13,6 @@
 #include "qumetra/recording/table_writer.h"
 
 namespace qumetra {
-
 namespace {
 
 /// Blanks at the end of the first system record. What is known only at the end of a collection are

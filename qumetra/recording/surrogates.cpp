@@ -5,7 +5,6 @@
 #include <cstring>
 
 namespace qumetra {
-
 namespace {
 
 constexpr std::size_t kEscapeSize = 6;

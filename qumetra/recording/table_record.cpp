@@ -6,7 +6,6 @@
 #include "qumetra/recording/record_values.h"
 
 namespace qumetra {
-
 namespace {
 
 using Cell = pwr::TableMessage::Cell;

@@ -5,7 +5,6 @@
 #include <vector>
 
 namespace qumetra {
-
 namespace {
 
 using Cell = pwr::TableMessage::Cell;

@@ -4,7 +4,6 @@
 #include <cstring>
 
 namespace qumetra {
-
 namespace {
 
 /// What may follow a lead byte. The range of the second byte is what keeps overlong forms,

@@ -6,7 +6,6 @@
 #include "host/quantity.h"
 
 namespace qumetra::test {
-
 namespace {
 
 std::string exact(double value) {

@@ -3,7 +3,6 @@
 #include <cstdint>
 
 namespace pwr {
-
 namespace {
 constexpr std::uint64_t kNoSample = 0xDEADBEEF;
 }

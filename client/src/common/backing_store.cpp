@@ -15,7 +15,6 @@
 #include "client/src/common/pw_log.h"
 
 namespace pwr {
-
 namespace {
 
 /// The doubled word is part of the text, by which users search their logs.

@@ -3,7 +3,6 @@
 #include "client/src/common/pw_log.h"
 
 namespace pwr {
-
 namespace {
 
 /// Sets `enabled` to what the value says, if it says something.
