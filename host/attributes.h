@@ -25,8 +25,7 @@ class AttributeValueManager {
   AttributeValueManager& operator=(const AttributeValueManager&) = delete;
   ~AttributeValueManager();
 
-  /// Appends the pair. The same attribute added again is a second entry of the order; a look-up by
-  /// attribute then finds the later value.
+  /// Appends the pair. The same attribute added again is a second entry of the order.
   void addAttributeValue(const Attribute* attribute, const Data& value);
 
   const_iterator begin() const;
@@ -37,6 +36,7 @@ class AttributeValueManager {
   void setAttributeValues(const std::vector<Entry>& entries);
 
  private:
+  /// The last value of each attribute, for the host's own look-ups.
   std::map<const Attribute*, Data> m_values;
   std::vector<Entry> m_order;
 };

@@ -54,6 +54,7 @@ class DataHandle : public UniqueId {
   std::string m_name;
   std::string m_fieldName;
   std::string m_header;
+  /// What `getDiagnosticName` gives.
   std::string m_hostText;
   std::uint32_t m_handleType;
 };
@@ -75,6 +76,7 @@ class EntityHandle : public DataHandle, public AttributeValueManager {
 
  private:
   const EntityHandle* m_parent;
+  /// The host's own; empty here.
   std::vector<std::uint64_t> m_words;
 };
 

@@ -27,6 +27,7 @@ struct SystemMetadata {
   static constexpr std::uint16_t kCpu = 1;
   static constexpr std::uint16_t kPch = 2;
 
+  /// A word that tells platforms apart where the processor alone does not.
   std::uint32_t m_scuWord = 0;
   std::string m_platformName;
   std::string m_hostName;
@@ -36,6 +37,7 @@ struct SystemMetadata {
   std::string m_osVersion;
   VersionRecord m_toolVersion;
   VersionRecord m_driverVersion;
+  /// The command line of the collection, the program first.
   std::vector<std::string> m_collectorArguments;
   std::uint32_t m_osBuildNumber = 0;
   /// Ticks per microsecond; 0 when unknown.
@@ -43,8 +45,12 @@ struct SystemMetadata {
   /// Collection start and stop, in ticks.
   std::uint64_t m_firstTimestamp = 0;
   std::uint64_t m_lastTimestamp = 0;
+  /// The smallest step of the clock, in ticks.
   std::uint64_t m_timerResolution = 0;
+  /// How fine times are to be shown: from 1 to 999, milliseconds have three decimals instead of
+  /// two.
   std::uint32_t m_timeDisplayResolution = 0;
+  /// Not 0 when there is an integrated graphics device.
   std::uint8_t m_hasIntegratedGraphics = 0;
   /// 1 when Enhanced Sign-in Security is on.
   std::uint8_t m_secureSignIn = 0;
@@ -59,7 +65,9 @@ struct SystemMetadata {
   std::string getCollectionStartTime() const;
   /// The time from first to last timestamp, in seconds; 0 with an unknown frequency.
   double getCollectionDurationSec() const;
+  /// The name that the processor gives itself; `model` is its model number.
   std::string getCPUNativeModelName(unsigned int model) const;
+  /// The name by which the processor's kind is known.
   std::string getFormattedCPUCodeName() const;
   /// The names of the platform's controller hubs.
   std::string getFormattedPCHDeviceNamesStr(const std::string& platformName) const;

@@ -9,17 +9,18 @@ class StopSignal;
 
 /// Catches signals as long as it lives, and restores what was there before at its end.
 ///
-/// - The first SIGINT, SIGTERM or SIGHUP becomes a stop request: what came so far is still made
-/// into
-///   results. A SIGINT or SIGHUP that was ignored before stays ignored: whoever started this
-///   process in the background, or so that it outlives its terminal, wants it to go on.
-/// - A second one leaves at once: the last words go to standard error, and the process ends with
-///   status 128 and the signal's number.
-/// - SIGUSR1 becomes a flush request.
-/// - SIGXFSZ is ignored: a file that reaches the limit of its size is a failed write like any
-/// other.
-/// - SIGSEGV, SIGBUS, SIGFPE, SIGILL and SIGABRT print the last words and then do what they would
-///   have done.
+///     SIGINT, SIGTERM, SIGHUP   the first becomes a stop request: what came so far is still made
+///                               into results. A second one leaves at once: the last words go to
+///                               standard error, and the process ends with status 128 and the
+///                               signal's number.
+///     SIGUSR1                   becomes a flush request.
+///     SIGXFSZ                   is ignored: a file that reaches the limit of its size is a failed
+///                               write like any other.
+///     SIGSEGV, SIGBUS, SIGFPE,  print the last words and then do what they would have done.
+///     SIGILL, SIGABRT
+///
+/// A SIGINT or SIGHUP that was ignored before stays ignored: whoever started this process in the
+/// background, or so that it outlives its terminal, wants it to go on.
 ///
 ///     StopSignal stop;
 ///     SignalWatch watch(stop);

@@ -33,7 +33,7 @@ enum KeltoAttribute : std::uint32_t {
 /// A colour as the file carries it: two texts, each "#rrggbb" or three decimals joined by commas.
 using KeltoColor = std::pair<std::string, std::string>;
 
-// The variables are the library's own: outside of it their names have no decoration of C++.
+// Hidden: the symbol of a global variable is its bare name, which another library may use too.
 #pragma GCC visibility push(hidden)
 
 /// Begins the name of a store whose metric has not shown its name.

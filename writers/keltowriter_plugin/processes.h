@@ -29,7 +29,7 @@ struct KeltoThread {
   std::uint64_t time = 0;
 };
 
-// The variables are the library's own: outside of it their names have no decoration of C++.
+// Hidden: the symbol of a global variable is its bare name, which another library may use too.
 #pragma GCC visibility push(hidden)
 
 /// By key, the object and the record that was last written of it. The objects are the host's and

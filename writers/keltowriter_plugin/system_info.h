@@ -43,7 +43,7 @@ struct KeltoSystemInfo {
   std::uint64_t cpuFrequencyMHz = 0;
 };
 
-// The library's own: outside of it the name has no decoration of C++.
+// Hidden: the symbol of a global variable is its bare name, which another library may use too.
 #pragma GCC visibility push(hidden)
 
 /// How often `getCoreThreadCount` was asked for a package and core.

@@ -16,10 +16,10 @@ namespace pwr {
 /// itself: `$`, backticks, `;`, `|`, `'`, `{`, `~`, a leading `-`. A word that matches nothing adds
 /// nothing.
 ///
-/// Results come as ls prints them, in byte order whatever the locale, trimmed, a file name with a
-/// newline being one result: first the files. Of
-/// a directory the names of its visible entries are listed, not the directory; beside other words
-/// or matches with an empty line (unless it is the first line) and a line "<directory>:" above.
+/// Results come as ls prints them, trimmed, in byte order whatever the locale: first the files,
+/// then directory by directory the names of the visible entries in it. Beside other words or
+/// matches, the entries have an empty line (unless it is the first) and a line "<directory>:" above
+/// them. A file name with a newline is one result.
 ///
 /// Returns true. The one failure is that memory did not suffice: it is told on standard error, the
 /// result is false, and `results` has what was there before.

@@ -27,6 +27,18 @@ bool showsOrTagged(std::uint32_t level, const char* tag) {
          (g_pluginEnvironment != nullptr && g_pluginEnvironment->enabledTags.contains(tag));
 }
 
+__attribute__((format(printf, 3, 0))) void logTo(LogSink& sink, int level, const char* format,
+                                                 std::va_list arguments) {
+  const ErrnoKeeper keeper;
+  sink.log(level, formatText(format, arguments).c_str());
+}
+
+std::string errnoLine(const std::string& label, int number) {
+  std::string line = label + ": errnum=";
+  appendInt(line, number);
+  return line + ": " + errorText(number) + "\n";
+}
+
 }  // namespace
 
 std::string formatText(const char* format, std::va_list arguments) {
@@ -42,16 +54,6 @@ std::string formatText(const char* format, std::va_list arguments) {
   va_end(again);
   return text;
 }
-
-namespace {
-
-__attribute__((format(printf, 3, 0))) void logTo(LogSink& sink, int level, const char* format,
-                                                 std::va_list arguments) {
-  const ErrnoKeeper keeper;
-  sink.log(level, formatText(format, arguments).c_str());
-}
-
-}  // namespace
 
 bool plainWarningsShow() { return shows(PluginEnvironment::kWarnings); }
 
@@ -142,16 +144,6 @@ std::ostream& errorStream() {
   }
   return g_pluginEnvironment->errorLog << "1ERROR: ";
 }
-
-namespace {
-
-std::string errnoLine(const std::string& label, int number) {
-  std::string line = label + ": errnum=";
-  appendInt(line, number);
-  return line + ": " + errorText(number) + "\n";
-}
-
-}  // namespace
 
 void streamErrnoWarning(const std::string& label) {
   const ErrnoKeeper keeper;
