@@ -7,8 +7,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
@@ -29,6 +27,7 @@
 
 namespace {
 
+using qumetra::bench::bytesOf;
 using qumetra::bench::Scratch;
 
 constexpr const char* kMetric = "Package Power";
@@ -186,11 +185,6 @@ void writeQmjsonFloor(const std::string& path, std::size_t elements) {
   writer.EndObject();
   writer.EndObject();
   writeFile(path, text);
-}
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 template <typename Writer>

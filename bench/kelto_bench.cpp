@@ -8,8 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -28,6 +26,7 @@
 
 namespace {
 
+using qumetra::bench::bytesOf;
 using qumetra::bench::Scratch;
 
 /// What is collected: the residencies of some states on some processors, under several metrics.
@@ -139,11 +138,6 @@ struct Frame {
   std::string metricRecord;
   std::vector<std::uint64_t> colors;
 };
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 Frame frameOf(const std::string& file, const Shape& shape) {
   constexpr std::size_t kMagicSize = 8;

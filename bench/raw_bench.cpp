@@ -9,14 +9,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "bench/support/floor_text.h"
+#include "bench/support/random_numbers.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
 #include "host/handles.h"
@@ -26,8 +25,10 @@
 
 namespace {
 
+using qumetra::bench::bytesOf;
 using qumetra::bench::countText;
 using qumetra::bench::kLongestText;
+using qumetra::bench::RandomNumbers;
 using qumetra::bench::realText;
 using qumetra::bench::Scratch;
 
@@ -48,15 +49,12 @@ struct Values {
 const Values& values() {
   static const Values made = [] {
     Values result;
-    std::uint64_t state = 42;
-    const auto next = [&state] {
-      return state = state * 6364136223846793005U + 1442695040888963407U;
-    };
+    RandomNumbers random;
     for (std::size_t i = 0; i < kSamples; ++i) {
       result.timestamps[i] = 1'000'000'000'000 + i * 1'000'003;
       for (std::size_t j = 0; j < kColumns / 2; ++j) {
-        result.reals[i][j] = static_cast<double>(next() >> 44) / 7919;
-        result.counts[i][j] = next() >> 40;
+        result.reals[i][j] = static_cast<double>(random.next() >> 44) / 7919;
+        result.counts[i][j] = random.next() >> 40;
       }
     }
     return result;
@@ -253,11 +251,6 @@ void writeFloor(const std::string& path, std::size_t elements) {
     table.row(i % kSamples);
   }
   table.layOut(path);
-}
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 /// A ratio means something only when both sides make the same bytes.

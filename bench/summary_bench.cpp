@@ -9,14 +9,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "bench/support/floor_text.h"
+#include "bench/support/random_numbers.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
 #include "host/configuration.h"
@@ -27,9 +26,11 @@
 
 namespace {
 
+using qumetra::bench::bytesOf;
 using qumetra::bench::countText;
 using qumetra::bench::fixedText;
 using qumetra::bench::kLongestText;
+using qumetra::bench::RandomNumbers;
 using qumetra::bench::Scratch;
 
 /// A row has a count and, for each field and entity, a real with two decimals.
@@ -49,14 +50,11 @@ struct Values {
 const Values& values() {
   static const Values made = [] {
     Values result;
-    std::uint64_t state = 42;
-    const auto next = [&state] {
-      return state = state * 6364136223846793005U + 1442695040888963407U;
-    };
+    RandomNumbers random;
     for (std::size_t i = 0; i < kRows; ++i) {
-      result.counts[i] = next() >> 40;
+      result.counts[i] = random.next() >> 40;
       for (double& real : result.reals[i]) {
-        real = static_cast<double>(next() >> 44) / 7919;
+        real = static_cast<double>(random.next() >> 44) / 7919;
       }
     }
     return result;
@@ -259,11 +257,6 @@ void writeFloor(const std::string& path, std::size_t cells) {
     table.row(i % kRows);
   }
   table.layOut(path);
-}
-
-std::string bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 std::string baseOf(const Scratch& report) {

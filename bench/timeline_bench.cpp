@@ -5,51 +5,43 @@
 //   int_events  16 tables of one value column, where each element brings a row of its own
 //   int_views   times and percentages of residencies: an element makes a cell in two tables
 //   phm         the values of `int` in one table
-//
-// `int_1000_tables` reports what 1,000 tables of 10,000 rows hold resident in MiB when the last
-// sample is in, and what the same bytes hold in byte stores alone.
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <benchmark/benchmark.h>
-
 #include "bench/support/floor_table.h"
 #include "bench/support/floor_text.h"
+#include "bench/support/random_numbers.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
-#include "client/src/common/backing_store.h"
+#include "bench/timeline_clock.h"
+#include "bench/timeline_memory.h"
 #include "host/handles.h"
 #include "host/metric.h"
 #include "host/quantity.h"
-#include "host/system_metadata.h"
 #include "writers/phmwriter_text_plugin/phm_writer.h"
 #include "writers/textwriter_plugin/int_writer.h"
 
 namespace {
 
+using qumetra::bench::bytesOf;
 using qumetra::bench::countText;
 using qumetra::bench::fixedText;
 using qumetra::bench::FloorOutput;
 using qumetra::bench::FloorTable;
-using qumetra::bench::kLongestText;
+using qumetra::bench::kStart;
+using qumetra::bench::kTicksPerMicrosecond;
+using qumetra::bench::RandomNumbers;
 using qumetra::bench::realText;
 using qumetra::bench::Scratch;
+using qumetra::bench::tellClock;
 
 constexpr std::size_t kEntities = 16;
 constexpr std::size_t kStates = 4;
@@ -57,9 +49,6 @@ constexpr std::size_t kFixedColumns = 3;
 /// Samples differ in their values and repeat after so many, so that input takes no memory to speak
 /// of.
 constexpr std::size_t kSamples = 256;
-constexpr std::size_t kBlockSize = 0x100000;
-constexpr double kTicksPerMicrosecond = 2;
-constexpr std::uint64_t kStart = 1'000'000;
 
 /// What is measured, as plain arrays.
 struct Values {
@@ -72,19 +61,16 @@ struct Values {
 const Values& values() {
   static const auto made = [] {
     auto result = std::make_unique<Values>();
-    std::uint64_t state = 42;
-    const auto next = [&state] {
-      return state = state * 6364136223846793005U + 1442695040888963407U;
-    };
+    RandomNumbers random;
     for (std::size_t i = 0; i < kSamples; ++i) {
-      result->timestamps[i] = kStart + i * 200'000 + (next() >> 52);
-      result->durations[i] = 200'000 + (next() >> 52);
+      result->timestamps[i] = kStart + i * 200'000 + (random.next() >> 52);
+      result->durations[i] = 200'000 + (random.next() >> 52);
       for (std::size_t entity = 0; entity < kEntities; ++entity) {
         for (double& real : result->reals[i][entity]) {
-          real = static_cast<double>(next() >> 44) / 7919;
+          real = static_cast<double>(random.next() >> 44) / 7919;
         }
         for (std::uint64_t& count : result->counts[i][entity]) {
-          count = next() >> 48;
+          count = random.next() >> 48;
         }
       }
     }
@@ -180,18 +166,6 @@ const Messages& messages(Form form) {
       break;
   }
   return s_values;
-}
-
-void tellClock(WriterPlugin& writer) {
-  static const pwr::SystemMetadata s_metadata = [] {
-    pwr::SystemMetadata metadata;
-    metadata.m_timestampFrequency = static_cast<float>(kTicksPerMicrosecond);
-    metadata.m_firstTimestamp = kStart;
-    return metadata;
-  }();
-  pwr::SystemMessage message;
-  message.m_metadata = &s_metadata;
-  writer.writeMessage(message);
 }
 
 template <typename Writer>
@@ -371,11 +345,6 @@ class Results {
   std::size_t m_suffixLength;
 };
 
-std::string bytesOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 /// A ratio means something only when both sides make the same bytes.
 bool sidesAgree(const Pair& pair) {
   constexpr std::size_t kElements = 200'000;
@@ -399,89 +368,6 @@ void addContestOf(const Pair& pair) {
   qumetra::bench::addContest({pair.name, 2'048'000, subject, floor});
 }
 
-// The memory of many tables.
-
-constexpr std::size_t kTables = 1000;
-constexpr std::size_t kRows = 10'000;
-
-/// Resident memory of this process in bytes.
-std::size_t residentBytes() {
-  std::ifstream in("/proc/self/statm");
-  std::size_t pages = 0;
-  in >> pages >> pages;
-  return pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-}
-
-/// How much the resident memory grows while `fill` runs, in MiB; by a process of its own.
-double growthBy(const std::function<std::size_t()>& fill) {
-  void* shared =
-      ::mmap(nullptr, sizeof(double), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  auto* const result = static_cast<double*>(shared);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    const std::size_t before = residentBytes();
-    *result = static_cast<double>(fill() - before) / 1024 / 1024;
-    ::_exit(0);
-  }
-  int status = 0;
-  if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0) {
-    std::abort();
-  }
-  const double mebibytes = *result;
-  ::munmap(shared, sizeof(double));
-  return mebibytes;
-}
-
-/// Fills the tables of the writer and returns what is resident then.
-std::size_t fillTables() {
-  IntWriterV2 writer;
-  tellClock(writer);
-  const pwr::EntityHandle entity(1, {"CPU0", "", ""}, nullptr);
-  const pwr::DataElement element(&entity, nullptr, nullptr, pwr::Data(123456.75), 200'000, nullptr);
-  pwr::Metric metric;
-  metric.name = "Metric";
-  metric.metricType = pwr::Metric::SAMPLED_VALUE;
-  for (std::size_t row = 0; row < kRows; ++row) {
-    metric.setData({kStart + row * 200'000, {&element}});
-    for (std::size_t table = 0; table < kTables; ++table) {
-      metric.metricId = static_cast<std::uint32_t>(table);
-      writer.writeMessage(metric);
-    }
-  }
-  return residentBytes();
-}
-
-/// The same bytes in byte stores.
-std::size_t fillStores() {
-  std::vector<std::unique_ptr<pwr::QMExtensibleBackingStore>> stores;
-  for (std::size_t i = 0; i < kTables; ++i) {
-    stores.push_back(std::make_unique<pwr::QMExtensibleBackingStore>(kBlockSize));
-  }
-  std::array<char, kLongestText> text{};
-  const std::vector<char> bytes(4 * kLongestText);
-  for (std::size_t row = 0; row < kRows; ++row) {
-    // Five records with their lengths: number, time, "100.00", "123456.75" and the row's end.
-    const std::size_t texts = countText(text.data(), row + 1) +
-                              fixedText(text.data(), static_cast<double>(row) * 100'000) + 6 + 9 +
-                              1;
-    for (auto& store : stores) {
-      store->write(bytes.data(), texts + 5 * sizeof(std::uint32_t));
-    }
-  }
-  return residentBytes();
-}
-
-void addMemoryReport() {
-  const double tables = growthBy(fillTables);
-  const double stores = growthBy(fillStores);
-  benchmark::RegisterBenchmark("int_1000_tables", [tables, stores](benchmark::State& state) {
-    for (auto _ : state) {
-    }
-    state.counters["resident_MiB"] = tables;
-    state.counters["stores_MiB"] = stores;
-  })->Iterations(1);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -492,7 +378,7 @@ int main(int argc, char** argv) {
     return argument.starts_with("--side=");
   });
   if (!isOneSide) {
-    addMemoryReport();
+    qumetra::bench::addMemoryReport();
     for (const Pair& pair : pairs()) {
       if (!sidesAgree(pair)) {
         std::fprintf(stderr, "timeline_bench: %s: the floor makes other bytes than the writer\n",

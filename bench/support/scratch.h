@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,12 @@ class Scratch {
  private:
   std::string m_path;
 };
+
+/// The whole of a file; empty when it cannot be read.
+inline std::string bytesOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
 
 /// Writes and empties `block`. A failure ends the program: there is nothing to measure then.
 inline void writeBlock(int file, std::vector<char>& block) {
