@@ -178,17 +178,21 @@ std::vector<Cell> residencyRow(const std::string& name, const std::vector<const 
   return cells;
 }
 
-/// Per state the sums over all entities, whose quotient is the average share.
+/// The sums over all entities, whose quotient is the average share.
+Column residencyTotal(const Grid& grid, const pwr::DataDescriptor* state) {
+  Column total{.entity = nullptr, .state = state};
+  for (const pwr::EntityHandle* entity : grid.entities()) {
+    if (const Column* column = grid.find(entity, state)) {
+      total.add(column->totalValue, column->totalDuration);
+    }
+  }
+  return total;
+}
+
 std::vector<Column> residencyTotals(const Grid& grid) {
   std::vector<Column> totals;
   for (const pwr::DataDescriptor* state : grid.states()) {
-    Column& total = totals.emplace_back(Column{.entity = nullptr, .state = state});
-    for (const pwr::EntityHandle* entity : grid.entities()) {
-      if (const Column* column = grid.find(entity, state)) {
-        total.totalValue += column->totalValue;
-        total.totalDuration += column->totalDuration;
-      }
-    }
+    totals.push_back(residencyTotal(grid, state));
   }
   return totals;
 }

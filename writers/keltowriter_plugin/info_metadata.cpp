@@ -28,6 +28,21 @@ void appendPart(std::string& key, const char* label, const std::string& text) {
   key += text;
 }
 
+/// All that makes up a node.
+std::string nodeKey(const std::string& kind, const std::string& longName,
+                    const std::string& shortName, const std::string& description,
+                    std::uint64_t value, std::uint64_t uid, long parentUid) {
+  std::string key;
+  appendPart(key, "infotype:", kind);
+  appendPart(key, "_longname:", longName);
+  appendPart(key, "_shortname:", shortName);
+  appendPart(key, "_description:", description);
+  pwr::appendUInt(key += "_value:", value);
+  pwr::appendUInt(key += "_uid:", uid);
+  pwr::appendInt(key += "_parent_uid:", parentUid);
+  return key;
+}
+
 }  // namespace
 
 std::uint64_t kelto::drawUid(const char* name) {
@@ -54,14 +69,7 @@ int KeltoWriter::writeInfoMetadataHelper(const std::string& kind, std::uint64_t 
                                          const std::string& longName, const std::string& shortName,
                                          const std::string& description, std::uint64_t value,
                                          std::uint64_t uid, long parentUid) {
-  std::string key;
-  appendPart(key, "infotype:", kind);
-  appendPart(key, "_longname:", longName);
-  appendPart(key, "_shortname:", shortName);
-  appendPart(key, "_description:", description);
-  pwr::appendUInt(key += "_value:", value);
-  pwr::appendUInt(key += "_uid:", uid);
-  pwr::appendInt(key += "_parent_uid:", parentUid);
+  std::string key = nodeKey(kind, longName, shortName, description, value, uid, parentUid);
   // A node whose text is too long fails once and then counts as written, so that its metric is not
   // refused a second time for the same.
   if (!infoRecordIds.emplace(std::move(key), static_cast<std::int64_t>(value)).second) {

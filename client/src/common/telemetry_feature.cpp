@@ -1,5 +1,6 @@
 #include "client/src/common/telemetry_feature.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "client/src/common/pw_log.h"
@@ -10,6 +11,19 @@ namespace {
 
 bool hasSubEntityForm(const CounterField& field) {
   return !field.subEntity.empty() && !field.descriptor.empty();
+}
+
+/// The first field of the form, or the first that is not of it; null when there is none.
+const CounterField* findField(const CounterTable& counters, bool isOfSubEntityForm) {
+  for (const auto& [name, fields] : counters) {
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const CounterField& field) {
+      return hasSubEntityForm(field) == isOfSubEntityForm;
+    });
+    if (found != fields.end()) {
+      return &*found;
+    }
+  }
+  return nullptr;
 }
 
 /// The device of an entity: the text before the first "/".
@@ -64,18 +78,8 @@ void warnUnknownMetricMetadata(const std::string& tag, const std::string& key) {
 }
 
 int rejectMixedSubEntityFields(const std::string& tag, const CounterTable& counters) {
-  bool someHaveIt = false;
-  const CounterField* firstWithout = nullptr;
-  for (const auto& [name, fields] : counters) {
-    for (const CounterField& field : fields) {
-      if (hasSubEntityForm(field)) {
-        someHaveIt = true;
-      } else if (firstWithout == nullptr) {
-        firstWithout = &field;
-      }
-    }
-  }
-  if (!someHaveIt || firstWithout == nullptr) {
+  const CounterField* const firstWithout = findField(counters, false);
+  if (firstWithout == nullptr || findField(counters, true) == nullptr) {
     return 0;
   }
   logTaggedError(
