@@ -10,6 +10,7 @@
 
 #include "host/handles.h"
 #include "qumetra/collect/clock.h"
+#include "qumetra/collect/kernel_text.h"
 #include "qumetra/collect/named.h"
 #include "qumetra/collect/quantities.h"
 #include "qumetra/model/model.h"

@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "qumetra/collect/clock.h"
-#include "qumetra/collect/source_file.h"
+#include "qumetra/collect/kernel_text.h"
 #include "qumetra/recording/utf8.h"
 
 namespace qumetra {

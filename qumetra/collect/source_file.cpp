@@ -5,9 +5,10 @@
 
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstddef>
 #include <utility>
+
+#include "qumetra/collect/kernel_text.h"
 
 namespace qumetra {
 namespace {
@@ -93,24 +94,6 @@ std::optional<std::string> readText(const std::string& path) {
 std::optional<std::uint64_t> readNumber(const std::string& path) {
   const SourceFile file(path);
   return file.isOpen() ? file.readNumber() : std::nullopt;
-}
-
-std::optional<std::uint64_t> parseNumber(std::string_view text) {
-  std::uint64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) {
-    return std::nullopt;
-  }
-  return value;
-}
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 }  // namespace qumetra

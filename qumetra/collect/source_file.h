@@ -37,9 +37,4 @@ std::optional<std::string> readText(const std::string& path);
 /// The unsigned number that is the whole of a small text file; nothing when it is none.
 std::optional<std::uint64_t> readNumber(const std::string& path);
 
-/// The unsigned decimal number that `text` is; nothing when there is anything else in it.
-std::optional<std::uint64_t> parseNumber(std::string_view text);
-/// `text` without blanks, tabs and line ends around it.
-std::string_view trimmed(std::string_view text);
-
 }  // namespace qumetra

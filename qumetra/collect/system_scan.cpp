@@ -13,6 +13,7 @@
 
 #include "host/platform_metadata.h"
 #include "qumetra/collect/clock.h"
+#include "qumetra/collect/kernel_text.h"
 #include "qumetra/collect/source_file.h"
 #include "qumetra/model/model.h"
 

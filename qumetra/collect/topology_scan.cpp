@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "qumetra/collect/kernel_text.h"
 #include "qumetra/collect/proc_stat.h"
 #include "qumetra/collect/source_file.h"
 
