@@ -29,7 +29,7 @@ namespace {
 
 using qumetra::bench::Scratch;
 
-/// Values per sample, each of an entity or a state of its own.
+/// Values per sample.
 constexpr std::size_t kColumns = 16;
 /// Samples differ and repeat after so many, so that input takes no memory to speak of.
 constexpr std::size_t kSamples = 256;
@@ -63,10 +63,11 @@ const Values& values() {
   return made;
 }
 
-/// The same as messages of a host: values of entities, or deltas of states.
+/// The same as messages of a host. Each entity brings as many columns as there are states, or when
+/// there is a state per column, one.
 class Messages {
  public:
-  explicit Messages(pwr::Metric::MetricType type) : m_type(type) {
+  Messages(pwr::Metric::MetricType type, std::size_t states) : m_type(type), m_stateCount(states) {
     for (std::size_t i = 0; i < kColumns; ++i) {
       const std::string number = std::to_string(i);
       m_entities.push_back(std::make_unique<pwr::EntityHandle>(
@@ -93,7 +94,8 @@ class Messages {
     data.timestamp = values().timestamps[number];
     for (std::size_t i = 0; i < kColumns; ++i) {
       m_elements.push_back(std::make_unique<pwr::DataElement>(
-          m_entities[i].get(), m_states[i].get(), nullptr, pwr::Data(values().reals[number][i]),
+          m_entities[m_stateCount < kColumns ? i / m_stateCount : i].get(),
+          m_states[i % m_stateCount].get(), nullptr, pwr::Data(values().reals[number][i]),
           values().durations[number][i], nullptr));
       data.elements.push_back(m_elements.back().get());
     }
@@ -102,6 +104,7 @@ class Messages {
   }
 
   pwr::Metric::MetricType m_type;
+  std::size_t m_stateCount;
   pwr::Quantity m_quantity{1, 3, "Power", "mW", "Power (mW)"};
   pwr::Attribute m_attribute{20, {"A", "", ""}, nullptr, nullptr, pwr::AttributeType::Info};
   std::vector<std::unique_ptr<pwr::EntityHandle>> m_entities;
@@ -146,9 +149,25 @@ char* put(char* at, Number number) {
   return at + sizeof number;
 }
 
-/// `firstName` is the number of the first column's name; the others' follow at `nameStep`.
-void writeFloor(const std::string& path, std::size_t elements, std::uint16_t firstName,
-                std::uint16_t nameStep) {
+struct Case {
+  const char* name;
+  pwr::Metric::MetricType type;
+  std::size_t states;
+  /// The number of the first state's samples' name; the others' follow at `nameStep`.
+  std::uint16_t firstName;
+  std::uint16_t nameStep;
+};
+
+/// Each state numbers two texts of its descriptor, the first of which names deltas, and for values
+/// that of its entity. The metric is not told: that has happened earlier in the process.
+constexpr Case kCases[] = {
+    {"values", pwr::Metric::SAMPLED_VALUE, kColumns, 3, 3},
+    {"deltas", pwr::Metric::SAMPLED_DELTA, 4, 1, 2},
+    // The most that deltas can cost: no message brings a state twice.
+    {"single_deltas", pwr::Metric::SAMPLED_DELTA, kColumns, 1, 2},
+};
+
+void writeFloor(const std::string& path, std::size_t elements, const Case& one) {
   const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   std::vector<char> block;
   block.reserve(kBlockSize);
@@ -165,8 +184,9 @@ void writeFloor(const std::string& path, std::size_t elements, std::uint16_t fir
       const std::uint64_t microseconds = values().durations[sample][j] / 4;
       at = put(at, static_cast<float>(microseconds));
       at = put(at, std::uint32_t{7});
-      at = put(at, static_cast<std::uint16_t>(firstName + nameStep * j));
-      at = put(at, static_cast<std::uint16_t>(j + 1));
+      const std::size_t state = j % one.states;
+      at = put(at, static_cast<std::uint16_t>(one.firstName + one.nameStep * state));
+      at = put(at, static_cast<std::uint16_t>(state + 1));
       put(at, static_cast<float>(values().reals[sample][j]));
       block.insert(block.end(), record, record + kRecordSize);
     }
@@ -179,20 +199,6 @@ std::string bytesOf(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
 }
-
-struct Case {
-  const char* name;
-  pwr::Metric::MetricType type;
-  std::uint16_t firstName;
-  std::uint16_t nameStep;
-};
-
-/// Each column numbers two texts of its descriptor, the first of which names deltas, and for values
-/// that of its entity. The metric is not told: that has happened earlier in the process.
-constexpr Case kCases[] = {
-    {"values", pwr::Metric::SAMPLED_VALUE, 3, 3},
-    {"deltas", pwr::Metric::SAMPLED_DELTA, 1, 2},
-};
 
 std::string baseOf(const Scratch& file) {
   return file.path().substr(0, file.path().size() - std::string(".qmbin").size());
@@ -207,7 +213,7 @@ bool sidesAgree(const Case& one, const Messages& messages) {
   const Scratch subject("binary_check.qmbin");
   const Scratch floor("binary_check_floor");
   writeBinary(messages, baseOf(subject), kElements);
-  writeFloor(floor.path(), kElements, one.firstName, one.nameStep);
+  writeFloor(floor.path(), kElements, one);
   const std::string samples = bytesOf(floor.path());
   const std::string bytes = bytesOf(subject.path());
   return bytes.size() > samples.size() &&
@@ -217,20 +223,26 @@ bool sidesAgree(const Case& one, const Messages& messages) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  static const Messages messages[] = {Messages(kCases[0].type), Messages(kCases[1].type)};
+  static const std::vector<std::unique_ptr<Messages>> messages = [] {
+    std::vector<std::unique_ptr<Messages>> made;
+    for (const Case& one : kCases) {
+      made.push_back(std::make_unique<Messages>(one.type, one.states));
+    }
+    return made;
+  }();
   for (std::size_t i = 0; i < std::size(kCases); ++i) {
     const Case& one = kCases[i];
-    if (!sidesAgree(one, messages[i])) {
+    if (!sidesAgree(one, *messages[i])) {
       std::fprintf(stderr, "binary_bench: the floor makes other samples than the writer\n");
       return 1;
     }
     const auto subject = [i](std::size_t elements) {
       const Scratch file("binary.qmbin");
-      writeBinary(messages[i], baseOf(file), elements);
+      writeBinary(*messages[i], baseOf(file), elements);
     };
     const auto floor = [&one](std::size_t elements) {
       const Scratch file("binary_floor");
-      writeFloor(file.path(), elements, one.firstName, one.nameStep);
+      writeFloor(file.path(), elements, one);
     };
     qumetra::bench::addContest({std::string("binary_") + one.name, 2'048'000, subject, floor});
   }

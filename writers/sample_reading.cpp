@@ -81,22 +81,6 @@ int firstAttributeText(const pwr::AttributeValueManager& attributes, std::string
   return first == attributes.end() ? 1 : getStringFromData_i(&first->second, &out);
 }
 
-int namedFirstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out) {
-  const auto first = attributes.begin();
-  if (first == attributes.end() || first->first == nullptr) {
-    return 1;
-  }
-  return getStringFromData_i(&first->second, &out);
-}
-
-std::string stateOf(const pwr::DataDescriptor& descriptor) {
-  std::string text;
-  if (namedFirstAttributeText(descriptor, text) != 0) {
-    text = descriptor.getName();
-  }
-  return text;
-}
-
 const pwr::DataHandle* handleOf(const Data& value) {
   const pwr::DataHandle* handle = nullptr;
   static_cast<void>(value.toHandle(handle));

@@ -3,11 +3,9 @@
 
 #include <string>
 
+#include "host/handles.h"
 #include "host/metric.h"
-
-namespace pwr {
-class AttributeValueManager;
-}  // namespace pwr
+#include "writers/data_text.h"
 
 /// Whether the values of `metric` stand for a moment instead of a span of time: events do, and
 /// sampled values without a quantity, or with that of a rate.
@@ -24,10 +22,13 @@ bool isTraced(pwr::Metric::MetricType type);
 int firstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out);
 
 /// The same, but an entry without an attribute has no text.
-int namedFirstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out);
-
-/// The state that a descriptor stands for: the text of its first attribute, else its name.
-std::string stateOf(const pwr::DataDescriptor& descriptor);
+inline int namedFirstAttributeText(const pwr::AttributeValueManager& attributes, std::string& out) {
+  const auto first = attributes.begin();
+  if (first == attributes.end() || first->first == nullptr) {
+    return 1;
+  }
+  return getStringFromData_i(&first->second, &out);
+}
 
 /// The handle in a value; null when it has none, or a null one.
 const pwr::DataHandle* handleOf(const pwr::Data& value);
@@ -46,6 +47,20 @@ HeldDescriptor heldDescriptor(const pwr::Data& value);
 
 /// The name of a handle; empty for null.
 std::string nameOf(const pwr::DataHandle* handle);
+
+/// Sets `out` to the state that a descriptor stands for: the text of its first attribute, else its
+/// name.
+inline void readState(const pwr::DataDescriptor& descriptor, std::string& out) {
+  if (namedFirstAttributeText(descriptor, out) != 0) {
+    out = nameOf(&descriptor);
+  }
+}
+/// The same as a result.
+inline std::string stateOf(const pwr::DataDescriptor& descriptor) {
+  std::string state;
+  readState(descriptor, state);
+  return state;
+}
 
 /// The number in a value, or both ends of its range; 0 for a value that holds neither.
 struct ValueNumbers {

@@ -240,6 +240,53 @@ TEST_F(BinaryRecords, DeltaFollowsAnAttributeThatChanges) {
   EXPECT_EQ(nameTextOf(samples[1]), hexOf("2"));
 }
 
+TEST_F(BinaryRecords, DeltasOfManyStatesAndEntitiesKeepTheirStates) {
+  // More states than are kept for a message.
+  std::vector<std::unique_ptr<pwr::DataDescriptor>> states;
+  for (std::uint64_t i = 0; i < 150; ++i) {
+    states.push_back(std::make_unique<pwr::DataDescriptor>(
+        100 + i, pwr::HandleTexts{"s" + std::to_string(i), "", ""}));
+  }
+  BinaryMetric metric(7, Metric::SAMPLED_DELTA);
+  for (const pwr::EntityHandle* entity : {&m_cpu0, &m_cpu1}) {
+    for (const auto& state : states) {
+      metric.value(*entity, Data(1.0), 0, state.get());
+      metric.value(*entity, Data(1.0), 0, states.front().get());
+    }
+  }
+  add(metric);
+  const auto samples = finished("04");
+  ASSERT_THAT(samples, SizeIs(600));
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const std::size_t state = i % 2 == 0 ? i / 2 % states.size() : 0;
+    EXPECT_EQ(nameTextOf(samples[i]), hexOf(states[state]->getName())) << i;
+  }
+}
+
+TEST_F(BinaryRecords, StateWhoseNumberIsNoneGetsAnotherInTheSameMessage) {
+  m_c6.setAttributeValues({{&m_attribute, Data("former")}});
+  BinaryMetric deltas(8, Metric::SAMPLED_DELTA, "N");
+  deltas.value(m_cpu0, Data(1.0), 0, &m_c6).value(m_cpu0, Data(1.0), 0, &m_c6);
+  EXPECT_EQ(add(deltas), 0);
+  // Before the first entity: the state, its descriptor, the empty group, names and types of two
+  // metrics. So the last one has the number 65535.
+  std::vector<std::unique_ptr<pwr::EntityHandle>> entities;
+  BinaryMetric values(7, Metric::TRACED_EVENT);
+  for (std::uint64_t i = 0; i < 65'528; ++i) {
+    entities.push_back(std::make_unique<pwr::EntityHandle>(
+        100 + i, pwr::HandleTexts{"e" + std::to_string(i), "", ""}, nullptr));
+    values.value(*entities.back(), Data(1.0));
+  }
+  EXPECT_EQ(add(values), 0);
+  m_c6.setAttributeValues({{&m_attribute, Data("latter")}});
+  EXPECT_EQ(add(deltas), 0);
+  const auto samples = finished("04");
+  ASSERT_THAT(samples, SizeIs(2 + 65'528 + 2));
+  EXPECT_EQ(nameOf(samples[65'529]), "ff ff");
+  EXPECT_EQ(nameOf(samples[65'530]), "00 00");
+  EXPECT_EQ(nameOf(samples[65'531]), "01 00");
+}
+
 TEST_F(BinaryRecords, SamplesInAnyOrderKeepTheirNames) {
   const pwr::EntityHandle cpu2(12, {"CPU2", "", ""}, nullptr);
   const pwr::EntityHandle* order[] = {&m_cpu0, &m_cpu1, &cpu2,   &m_cpu1, &m_cpu1,

@@ -1,6 +1,8 @@
 // The state of a binary writer, and how messages become records. Inside of the writer only.
 #pragma once
 
+#include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -43,43 +45,49 @@ class BinaryWriter::Impl {
 
   /// What is the same for all elements of a message.
   struct Sampling {
-    const pwr::Metric& metric;
+    pwr::Metric::MetricType type;
+    /// Elements bring values; otherwise their durations or just their being there count.
+    bool isSampled;
     /// The values do not stand for a span of time.
     bool noDuration;
-    /// The record of the metric is there.
-    bool isMetricTold = false;
-  };
-  /// A value as it goes into the file.
-  struct Value {
-    /// Microseconds.
-    std::uint64_t duration;
-    double number;
+    /// What values are multiplied by.
+    double scale;
   };
 
+  Sampling samplingOf(const pwr::Metric& metric) const;
+  /// Microseconds.
+  std::uint64_t durationOf(const Sampling& sampling, const pwr::DataElement& element) const;
+  /// Sets `value`, which is 0, to what the file tells of `data`. Returns 0, or 1 with a warning for
+  /// a sampled value whose handle says that it is a descriptor and is none, or is null.
+  static int readValue(const Sampling& sampling, const pwr::Data& data, std::uint64_t duration,
+                       double& value);
+  /// The same for all but reals.
+  static int readRareValue(const Sampling& sampling, const pwr::Data& data, std::uint64_t duration,
+                           double& value);
   /// Tells a metric that no writer of the process has told.
   void tellMetric(const pwr::Metric& metric);
-  int writeElement(Sampling& sampling, const pwr::DataElement& element);
-
-  /// Returns 0, or 1 with a warning for a sampled value whose handle says that it is a descriptor
-  /// and is none, or is null. REQUIRES: `data` is a handle.
-  static int checkHandle(const Sampling& sampling, const pwr::Data& data);
-  /// What a sample says. REQUIRES: `checkHandle` gave 0 for a handle.
-  Value valueOf(const Sampling& sampling, const pwr::DataElement& element,
-                const pwr::Data& data) const;
-  std::uint64_t durationOf(const Sampling& sampling, const pwr::DataElement& element) const;
 
   // Numbers of names. A name that is new gets its record.
   std::uint16_t getStringStoreIdx_i(const std::string& text);
   /// 0 for null.
-  std::uint16_t getDescriptorIdx_i(const pwr::DataDescriptor* descriptor);
+  std::uint16_t getDescriptorIdx_i(const pwr::DataDescriptor* descriptor) {
+    if (descriptor == nullptr) {
+      return 0;
+    }
+    const std::uint16_t recent = m_descriptors.find(descriptor);
+    return recent != 0 ? recent : addDescriptor(descriptor);
+  }
   std::uint16_t addDescriptor(const pwr::DataDescriptor* descriptor);
-  /// The number of the name under which a sample is filed: that of a state or an entity.
-  std::uint16_t getSampleNameIdx_i(const Sampling& sampling, const pwr::DataElement& element);
-  std::uint16_t getStateIdx_i(const pwr::DataElement& element);
+  std::uint16_t getEntityIdx_i(const pwr::EntityHandle* entity);
   std::uint16_t addEntity(const pwr::EntityHandle* entity);
-  /// The state that the descriptor of an element stands for; empty without one. Only deltas are
-  /// named after their states, so the states that traced values hold are of no interest here.
-  static std::string getState_i(const pwr::DataElement* element);
+  std::uint16_t getStateIdx_i(const pwr::DataDescriptor* descriptor, std::uint16_t descriptorIndex);
+  std::uint16_t readStateIdx(const pwr::DataDescriptor* descriptor);
+  /// Of the state in `m_state`.
+  std::uint16_t addState();
+  /// Sets `out` to the state that the descriptor of an element stands for; empty for null. Only
+  /// deltas are named after their states, so the states that traced values hold are of no interest
+  /// here.
+  static void getState_i(const pwr::DataDescriptor* descriptor, std::string& out);
   static std::string getTypeString_i(pwr::Metric::MetricType type);
   /// Returns 0, or 1 and leaves `out` alone when there is no attribute in the first place, or none
   /// that has a text.
@@ -125,4 +133,16 @@ class BinaryWriter::Impl {
   pwr::bin::RecentIndex<const pwr::EntityHandle*> m_entityNames;
   pwr::bin::RecentIndex<const pwr::DataDescriptor*> m_descriptors;
   pwr::bin::RecentIndex<std::string> m_stateNames;
+  /// The state that was read last. Kept for its memory.
+  std::string m_state;
+
+  /// States of this message, at the remainders of their descriptors' numbers. The attributes that
+  /// states come from may change, so they are read anew for each message; but within one, each of
+  /// many entities brings the same states.
+  struct RecentState {
+    const pwr::DataDescriptor* descriptor = nullptr;
+    std::uint16_t index = 0;
+  };
+  std::bitset<64> m_statesRead;
+  std::array<RecentState, 64> m_recentStates;
 };

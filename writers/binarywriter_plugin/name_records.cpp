@@ -28,14 +28,6 @@ void BinaryWriter::Impl::createStringStoreMeta_i(const std::string& text, std::u
   strings.insert(strings.end(), text.begin(), text.end());
 }
 
-std::uint16_t BinaryWriter::Impl::getDescriptorIdx_i(const pwr::DataDescriptor* descriptor) {
-  if (descriptor == nullptr) {
-    return 0;
-  }
-  const std::uint16_t recent = m_descriptors.find(descriptor);
-  return recent != 0 ? recent : addDescriptor(descriptor);
-}
-
 std::uint16_t BinaryWriter::Impl::addDescriptor(const pwr::DataDescriptor* descriptor) {
   std::uint16_t& index = descriptorIndices[descriptor];
   if (index == 0) {
@@ -57,36 +49,16 @@ void BinaryWriter::Impl::createDescriptorMeta_i(const pwr::DataDescriptor* descr
   pwr::bin::appendBytes(buffers[MsgType::Descriptor], descriptorMessage);
 }
 
-std::uint16_t BinaryWriter::Impl::getSampleNameIdx_i(const Sampling& sampling,
-                                                     const pwr::DataElement& element) {
-  if (sampling.metric.metricType == pwr::Metric::SAMPLED_DELTA) {
-    return getStateIdx_i(element);
-  }
-  const pwr::EntityHandle* const entity = element.getEntity();
-  const std::uint16_t recent = m_entityNames.find(entity);
-  return recent != 0 ? recent : addEntity(entity);
-}
-
 std::uint16_t BinaryWriter::Impl::addEntity(const pwr::EntityHandle* entity) {
   const std::uint16_t index = getStringStoreIdx_i(entity->getName());
   m_entityNames.add(entity, index);
   return index;
 }
 
-std::uint16_t BinaryWriter::Impl::getStateIdx_i(const pwr::DataElement& element) {
-  // The attributes that states come from may change, so their texts are made each time.
-  const std::string state = getState_i(&element);
-  std::uint16_t index = m_stateNames.find(state);
-  if (index == 0) {
-    index = getStringStoreIdx_i(state);
-    m_stateNames.add(state, index);
-  }
+std::uint16_t BinaryWriter::Impl::addState() {
+  const std::uint16_t index = getStringStoreIdx_i(m_state);
+  m_stateNames.add(m_state, index);
   return index;
-}
-
-std::string BinaryWriter::Impl::getState_i(const pwr::DataElement* element) {
-  const pwr::DataDescriptor* const descriptor = element->getDescriptor();
-  return descriptor == nullptr ? std::string() : stateOf(*descriptor);
 }
 
 int BinaryWriter::Impl::getFirstDataAttributeAsString_i(

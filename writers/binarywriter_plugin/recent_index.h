@@ -9,60 +9,69 @@
 namespace pwr::bin {
 
 /// Remembers a number per key. Messages bring the same keys in the same order again and again: the
-/// neighbour of the last answer and that answer are tried before anything is searched. 0 stands for
-/// a key that is not known. Not synchronised.
+/// neighbour of the last answer, that answer and the first key of all are tried before anything is
+/// searched. 0 stands for a key that is not known. Not synchronised.
 template <typename Key>
 class RecentIndex {
  public:
+  RecentIndex() : m_entries(1), m_next(m_entries.data()) {}
+  RecentIndex(const RecentIndex&) = delete;
+  RecentIndex& operator=(const RecentIndex&) = delete;
+
   /// The number of `key`, or 0.
-  std::uint16_t find(const Key& key) {
-    if (isAt(m_next, key)) {
-      return answer(m_next);
-    }
-    return isAt(m_last, key) ? m_entries[m_last].index : search(key);
-  }
+  std::uint16_t find(const Key& key) { return isOf(*m_next, key) ? answer(*m_next) : search(key); }
 
   /// REQUIRES: `find` has just given 0 for `key`. An index of 0 is not remembered.
   void add(const Key& key, std::uint16_t index) {
     if (index == 0) {
       return;
     }
-    m_places.emplace(key, m_entries.size());
-    m_entries.push_back({key, index});
-    answer(m_entries.size() - 1);
+    const std::size_t place = m_entries.size() - 1;
+    m_entries.emplace_back();
+    m_next = &m_entries.back();
+    m_entries[place] = {key, index};
+    m_places.emplace(key, place);
   }
 
   void clear() {
-    m_entries.clear();
     m_places.clear();
+    m_entries.assign(1, {});
+    m_next = m_entries.data();
   }
 
  private:
   struct Entry {
-    Key key;
-    std::uint16_t index;
+    Key key{};
+    std::uint16_t index = 0;
   };
 
-  bool isAt(std::size_t place, const Key& key) const {
-    return place < m_entries.size() && m_entries[place].key == key;
+  static bool isOf(const Entry& entry, const Key& key) {
+    return entry.index != 0 && entry.key == key;
   }
 
-  std::uint16_t answer(std::size_t place) {
-    m_last = place;
-    m_next = place + 1 < m_entries.size() ? place + 1 : 0;
-    return m_entries[place].index;
+  std::uint16_t answer(const Entry& entry) {
+    m_next = &entry + 1;
+    return entry.index;
   }
 
-  std::uint16_t search(const Key& key) {
+  // Out of line: `find` is called in innermost loops, and hardly ever gets here.
+  [[gnu::noinline]] std::uint16_t search(const Key& key) {
+    if (m_next != m_entries.data() && isOf(m_next[-1], key)) {
+      return m_next[-1].index;
+    }
+    if (isOf(m_entries.front(), key)) {
+      return answer(m_entries.front());
+    }
     const auto found = m_places.find(key);
-    return found == m_places.end() ? std::uint16_t{0} : answer(found->second);
+    return found == m_places.end() ? std::uint16_t{0} : answer(m_entries[found->second]);
   }
 
-  /// In the order in which they came.
+  /// In the order in which they came. The last one is free and has the index 0, so that there is
+  /// always one to try.
   std::vector<Entry> m_entries;
   std::unordered_map<Key, std::size_t> m_places;
-  std::size_t m_last = 0;
-  std::size_t m_next = 0;
+  /// The neighbour of the last answer.
+  const Entry* m_next;
 };
 
 }  // namespace pwr::bin

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "client/src/common/pw_files.h"
@@ -13,20 +14,33 @@ SpilledBlocks::SpilledBlocks(std::size_t blockSize) : m_blockSize(blockSize) {}
 
 SpilledBlocks::~SpilledBlocks() { clear(); }
 
-bool SpilledBlocks::append(const char* block) {
+void SpilledBlocks::append(const char* block) {
+  if (m_inMemory.empty() && appendToFile(block)) {
+    ++m_endOnDisk;
+  } else {
+    m_inMemory.emplace_back(block, block + m_blockSize);
+  }
+}
+
+bool SpilledBlocks::appendToFile(const char* block) {
   if (m_file == nullptr && !open()) {
     return false;
   }
   std::FILE* const file = m_file.get();
-  if (::fseeko(file, placeOf(m_count), SEEK_SET) != 0 ||
-      std::fwrite(block, m_blockSize, 1, file) != 1) {
-    return false;
+  return ::fseeko(file, placeOf(m_endOnDisk), SEEK_SET) == 0 &&
+         std::fwrite(block, m_blockSize, 1, file) == 1;
+}
+
+bool SpilledBlocks::takeFirst(char* out) {
+  if (m_firstOnDisk < m_endOnDisk) {
+    return takeFromFile(m_firstOnDisk++, out);
   }
-  ++m_count;
+  std::copy(m_inMemory.front().begin(), m_inMemory.front().end(), out);
+  m_inMemory.pop_front();
   return true;
 }
 
-bool SpilledBlocks::take(std::size_t number, char* out) {
+bool SpilledBlocks::takeFromFile(std::size_t number, char* out) {
   std::FILE* const file = m_file.get();
   if (::fseeko(file, placeOf(number), SEEK_SET) != 0 ||
       std::fread(out, m_blockSize, 1, file) != 1) {
@@ -39,7 +53,8 @@ bool SpilledBlocks::take(std::size_t number, char* out) {
 }
 
 void SpilledBlocks::clear() {
-  m_count = 0;
+  m_firstOnDisk = m_endOnDisk = 0;
+  m_inMemory.clear();
   if (m_file != nullptr) {
     m_file.reset();
     ::unlink(m_path.c_str());

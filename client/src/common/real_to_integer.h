@@ -24,6 +24,9 @@ inline std::int64_t realToInt64(double value) {
 /// The same for an unsigned result: a negative value is the bits of the signed one, a value that
 /// 64 bits do not hold is 0, not-a-number is 0x8000000000000000.
 inline std::uint64_t realToUInt64(double value) {
+  if (value >= 0 && value < detail::kSignedEnd) {
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));  // Nearly all.
+  }
   if (value >= detail::kSignedEnd) {
     constexpr std::uint64_t kHighestBit = std::uint64_t{1} << 63U;
     return static_cast<std::uint64_t>(realToInt64(value - detail::kSignedEnd)) ^ kHighestBit;
