@@ -122,11 +122,13 @@ std::string lastWords(const std::string& recordPath, const Session& session) {
 
 /// Delivers live. The first message starts the writers, so that a command that cannot be run leaves
 /// no trace.
-int collectLive(Collection& collection, Run& run, Watcher& watcher) {
+int collectLive(Collection& collection, Run& run, Session& session, Watcher& watcher) {
+  const ErrorWatch errors(session.environment());
   collection.run(&run);
   watcher.progress.clear();
   run.start();
-  return run.finish();
+  const int status = run.finish();
+  return std::max(status, errors.status());
 }
 
 /// What was measured cannot be had again, but its results can be made again.
@@ -177,7 +179,8 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
   RecordingReader reader(recordPath, model, summary);
   status = std::max(status, deliverRecording(reader, summary, run, session.stop(),
                                              {.showsProgress = !collection.commandRuns()}, common));
-  if (status != kDone || errors.hasErrors()) {
+  status = std::max(status, errors.status());
+  if (status != kDone) {
     keepRecording(recordPath, session, common);
   }
   return status;
@@ -206,7 +209,7 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
   Collection collection(std::move(settings), session.freshModel(), session.stop());
   collection.open();
   const int status = options.isLive()
-                         ? collectLive(collection, run, watcher)
+                         ? collectLive(collection, run, session, watcher)
                          : collectAndReplay(collection, recordPath, run, session, watcher, common);
   printSummary(run, session.environment(), common);
   const int commandStatus = collection.waitForCommand();

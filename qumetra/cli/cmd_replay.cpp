@@ -11,6 +11,7 @@
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
+#include "qumetra/cli/error_watch.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
@@ -79,10 +80,12 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
   if (isLogged) {
     startCallLog(log, session.environment());
   }
+  const ErrorWatch errors(session.environment());
   int status = deliverRecording(reader, summary, run, session.stop(), {.endsOnStop = true}, common);
+  status = std::max(status, errors.status());
   const int logStatus = closeCallLog(log);
   printSummary(run, session.environment(), common);
-  status = status == kWrongInput ? status : std::max(status, logStatus);
+  status = std::max(status, logStatus);
   const int signal = session.signals().stopSignalNumber();
   return signal != 0 && status == kDone ? 128 + signal : status;
 }
