@@ -32,10 +32,10 @@ void addCheckCommand(CLI::App& app, Action& action) {
   auto files = std::make_shared<std::vector<std::string>>();
   command
       ->add_option(
-          "files", *files,
+          "FILE", *files,
           "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
           "of their numbers")
-      ->type_name("FILE")
+      ->type_name("")
       ->required();
   command->callback(
       [&action, files] { action = [files](const CommonOptions&) { return check(*files); }; });

@@ -299,8 +299,9 @@ void addCollectCommand(CLI::App& app, Action& action) {
   addDeliveryOptions(*command, options->delivery);
   addTimes(*command, *options);
   addPlaces(*command, *options);
-  command->add_option("command", options->command, "A command to measure, behind --")
-      ->type_name("COMMAND ARG...");
+  command
+      ->add_option("COMMAND", options->command, "A command to measure and its arguments, behind --")
+      ->type_name("");
   command->callback([&action, options] {
     action = [options](const CommonOptions& common) { return runCollect(*options, common); };
   });

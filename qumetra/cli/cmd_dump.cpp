@@ -37,10 +37,10 @@ void addDumpCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<DumpOptions>();
   command
       ->add_option(
-          "files", options->files,
+          "FILE", options->files,
           "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
           "of their numbers")
-      ->type_name("FILE")
+      ->type_name("")
       ->required();
   command->add_flag("--json", options->json, "As JSON Lines, one object per record");
   command->footer(

@@ -95,8 +95,8 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
 void addReplayCommand(CLI::App& app, Action& action) {
   CLI::App* command = app.add_subcommand("replay", "Deliver a recording to writers of results");
   auto options = std::make_shared<ReplayOptions>();
-  command->add_option("recording", options->recording, "The recording, a .qmrec file")
-      ->type_name("RECORDING")
+  command->add_option("RECORDING", options->recording, "The recording, a .qmrec file")
+      ->type_name("")
       ->required();
   addDeliveryOptions(*command, options->delivery);
   command->add_flag("--continuous", options->continuous,

@@ -1,3 +1,6 @@
+#include <string>
+#include <utility>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -88,7 +91,14 @@ TEST(Usage, LoudAndQuietExcludeEachOther) {
   expectUsageError({"-v", "--verbosity", "1", "writers"}, "-v");
 }
 
-TEST(Usage, ReplayNeedsARecording) { expectUsageError({"replay"}, "recording is required"); }
+TEST(Usage, WhatIsMissingIsNamedAsInTheHelp) {
+  for (const auto& [command, operand] :
+       {std::pair{"replay", "RECORDING"}, {"dump", "FILE"}, {"check", "FILE"}}) {
+    expectUsageError({command}, std::string("qumetra: ") + operand + " is required;");
+    EXPECT_THAT(Tool().run({command, "--help"}).out,
+                HasSubstr(std::string("Usage: qumetra ") + command + " [OPTIONS] " + operand));
+  }
+}
 
 TEST(Usage, CommandStandsBehindTwoHyphensOnly) {
   expectUsageError({"collect", "true"}, "a command stands behind --");
