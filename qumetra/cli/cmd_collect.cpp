@@ -216,12 +216,19 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
   return commandStatus != 0 ? commandStatus : status;
 }
 
-/// The command stands behind "--" only: a misspelt word would otherwise be taken for a program.
+/// The command stands behind "--" only: a misspelt word would otherwise be taken for a program. And
+/// behind "--" stands a command: an empty variable in a script would otherwise measure until
+/// Ctrl-C.
 void requireSeparator(const CollectOptions& options, const CommonOptions& common) {
   const auto& words = common.commandLine;
-  if (!options.command.empty() && std::find(words.begin(), words.end(), "--") == words.end()) {
+  const bool hasSeparator = std::find(words.begin(), words.end(), "--") != words.end();
+  const bool hasCommand = !options.command.empty();
+  if (hasCommand && !hasSeparator) {
     throw UsageError(fmt::format("unexpected argument \"{}\"; a command stands behind --",
                                  options.command.front()));
+  }
+  if (hasSeparator && !hasCommand) {
+    throw UsageError("no command stands behind --; leave it out to measure without one");
   }
 }
 

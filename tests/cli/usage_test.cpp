@@ -104,6 +104,10 @@ TEST(Usage, CommandStandsBehindTwoHyphensOnly) {
   expectUsageError({"collect", "true"}, "a command stands behind --");
 }
 
+TEST(Usage, CommandIsNotMissingBehindTwoHyphens) {
+  expectUsageError({"collect", "-t", "0.1", "--"}, "no command stands behind --");
+}
+
 TEST(Usage, TimesAreNumbersAboveZero) {
   for (const char* text : {"0", "-1", "nan", "inf", "1e30", "x"}) {
     expectUsageError({"collect", "-t", text}, "--time");
