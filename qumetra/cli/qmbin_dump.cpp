@@ -22,7 +22,8 @@ namespace {
 class FaultPrinter : public QmbinVisitor {
  public:
   void startFile(const std::string& file) { m_lines.startFile(file); }
-  void endFile() const { m_lines.endFile(); }
+  /// Ends with the file that was started, however far it was read.
+  virtual void endFile() { m_lines.endFile(); }
 
   void fault(std::uint64_t offset, const std::string& what) override {
     m_lines.print(offset, what);
@@ -35,7 +36,10 @@ class FaultPrinter : public QmbinVisitor {
 /// A `FaultPrinter` that prints what else there is.
 class Dumper : public FaultPrinter {
  public:
-  void flush() { m_result.flush(); }
+  void endFile() override {
+    m_result.flush();
+    FaultPrinter::endFile();
+  }
 
  protected:
   /// Ends what was appended to `m_out`.
@@ -224,6 +228,19 @@ class JsonDumper : public Dumper {
   }
 };
 
+/// What was decoded before the file cannot be read any further is printed.
+QmbinCounts readFile(QmbinReader& reader, const std::string& file, FaultPrinter& printer) {
+  FileSource source(file);
+  try {
+    const QmbinCounts counts = reader.read(source);
+    printer.endFile();
+    return counts;
+  } catch (const ReadError&) {
+    printer.endFile();
+    throw;
+  }
+}
+
 /// Reads the files as one series; `afterFile` gets each file and what was in it.
 template <typename AfterFile>
 int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, AfterFile afterFile) {
@@ -231,12 +248,10 @@ int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, Aft
   int status = kDone;
   for (const std::string& file : files) {
     printer.startFile(file);
-    FileSource source(file);
-    const QmbinCounts counts = reader.read(source);
+    const QmbinCounts counts = readFile(reader, file, printer);
     status = counts.faults == 0 ? status : kFaulty;
     afterFile(file, counts);
   }
-  printer.endFile();
   return status;
 }
 
@@ -246,8 +261,7 @@ int dumpQmbin(const std::vector<std::string>& files, bool asJson) {
   const std::unique_ptr<Dumper> dumper =
       asJson ? std::unique_ptr<Dumper>(std::make_unique<JsonDumper>())
              : std::make_unique<TextDumper>();
-  return readSeries(files, *dumper,
-                    [&](const std::string&, const QmbinCounts&) { dumper->flush(); });
+  return readSeries(files, *dumper, [](const std::string&, const QmbinCounts&) {});
 }
 
 int checkQmbin(const std::vector<std::string>& files) {

@@ -1,12 +1,21 @@
 // qumetra dump and qumetra check of binary results.
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <chrono>
+#include <filesystem>
 #include <string>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/cli/tool.h"
+#include "tests/readers/pwr_bytes.h"
 
 namespace qumetra::test {
 namespace {
@@ -41,6 +50,37 @@ class ReadingBack : public ::testing::Test {
 
 using Dump = ReadingBack;
 using Check = ReadingBack;
+
+/// A file that gives some bytes and then an error of input: a terminal whose other side is closed
+/// while it is read.
+class BreakingFile {
+ public:
+  explicit BreakingFile(const std::string& path) {
+    termios raw{};
+    ::cfmakeraw(&raw);
+    std::array<char, 128> name{};
+    EXPECT_EQ(0, ::openpty(&m_far, &m_near, name.data(), &raw, nullptr));
+    // What is started must not keep the far side open.
+    EXPECT_EQ(0, ::fcntl(m_far, F_SETFD, FD_CLOEXEC));
+    std::filesystem::create_symlink(name.data(), path);
+  }
+  BreakingFile(const BreakingFile&) = delete;
+  BreakingFile& operator=(const BreakingFile&) = delete;
+  ~BreakingFile() { ::close(m_near); }
+
+  /// Gives the bytes, and breaks when the reader has them and waits for more.
+  void giveAndBreak(const std::string& bytes) const {
+    EXPECT_EQ(static_cast<ssize_t>(bytes.size()), ::write(m_far, bytes.data(), bytes.size()));
+    int waiting = -1;
+    EXPECT_TRUE(eventually([&] { return ::ioctl(m_near, FIONREAD, &waiting) == 0 && !waiting; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ::close(m_far);
+  }
+
+ private:
+  int m_far = -1;
+  int m_near = -1;
+};
 
 TEST_F(Dump, ShowsOneLinePerRecordWithItsNames) {
   const ToolResult shown = m_tool.run({"dump", result("r.qmbin", kText + kMetric + kSample)});
@@ -88,6 +128,26 @@ TEST_F(Dump, ShowsWhatCanBeReadOfABrokenFile) {
   EXPECT_EQ(1, shown.status);
   EXPECT_THAT(shown.out, EndsWith("9 a: a = 0.1, 2.5 us\n"));
   EXPECT_EQ("r.qmbin: byte 58: the file ends in the head of a record\n", shown.err);
+}
+
+TEST_F(Dump, ShowsWhatWasReadBeforeAnErrorOfInput) {
+  const BreakingFile file(m_tool.file("r.qmbin"));
+  m_tool.start({"dump", "r.qmbin"});
+  file.giveAndBreak(kText + kMetric + kSample);
+  const ToolResult shown = m_tool.wait();
+  EXPECT_EQ(2, shown.status);
+  EXPECT_THAT(shown.out, EndsWith("9 a: a = 0.1, 2.5 us\n"));
+  EXPECT_EQ("r.qmbin: Input/output error\n", shown.err);
+}
+
+TEST_F(Dump, ShowsWhatWasReadOfAnImportStreamBeforeAnErrorOfInput) {
+  const BreakingFile file(m_tool.file("r.pwr"));
+  m_tool.start({"dump", "r.pwr"});
+  file.giveAndBreak(fromHex(kMagicHex));
+  const ToolResult shown = m_tool.wait();
+  EXPECT_EQ(2, shown.status);
+  EXPECT_EQ("0 magic\n", shown.out);
+  EXPECT_EQ("r.pwr: Input/output error\n", shown.err);
 }
 
 TEST_F(Dump, ReadsTheFilesOfASeriesAsOne) {
