@@ -1,19 +1,17 @@
 #include "qumetra/cli/qmbin_dump.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <memory>
 
 #include <fmt/format.h>
 
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
+#include "qumetra/cli/qmbin_text.h"
 #include "qumetra/cli/reading_output.h"
 #include "qumetra/readers/byte_source.h"
 #include "qumetra/readers/qmbin_reader.h"
 #include "qumetra/recording/json_text.h"
-#include "qumetra/recording/utf8.h"
 
 namespace qumetra::cli {
 namespace {
@@ -49,70 +47,17 @@ class Dumper : public FaultPrinter {
   std::string& m_out = m_result.line();
 };
 
-/// A name as it is; one that would break the line, or that no terminal should get, as in JSON.
-std::string shown(const std::string& name) {
-  if (std::none_of(name.begin(), name.end(), isControl) &&
-      findInvalidUtf8(name) == std::string::npos) {
-    return name;
-  }
-  std::string quoted;
-  JsonText(quoted).text(name);
-  return quoted;
-}
-
 class TextDumper : public Dumper {
  public:
-  void system(const QmbinSystem& system) override {
-    fmt::format_to(std::back_inserter(m_out),
-                   "system: {}, {} {}; platform {} ({}, {}), hubs {}, id {:#x}; {} packages, {} "
-                   "modules, {} cores, {} threads; {} MHz, bus {} MHz, low {} MHz, high {} MHz; "
-                   "ticks {} to {}, {} s",
-                   shown(system.hostName), shown(system.osName), shown(system.osType),
-                   shown(system.platformName), shown(system.cpuCodeName),
-                   shown(system.nativeModelName), shown(system.controllerHubs), system.platformId,
-                   system.packages, system.modules, system.cores, system.threads,
-                   system.cpuFrequencyMHz, system.busFrequencyMHz, system.lowFrequencyMHz,
-                   system.highFrequencyMHz, system.firstTimestamp, system.lastTimestamp,
-                   system.durationSeconds);
-    endLine();
-  }
+  void system(const QmbinSystem& system) override { show(system); }
+  void descriptor(const QmbinDescriptor& descriptor) override { show(descriptor); }
+  void metric(const QmbinMetric& metric) override { show(metric); }
+  void sample(const QmbinSample& sample) override { show(sample); }
 
-  void descriptor(const QmbinDescriptor& descriptor) override {
-    fmt::format_to(std::back_inserter(m_out), "descriptor {}: {}", descriptor.index,
-                   shown(descriptor.name));
-    if (!descriptor.attribute.empty()) {
-      m_out += " = " + shown(descriptor.attribute);
-    }
-    endLine();
-  }
-
-  void metric(const QmbinMetric& metric) override {
-    fmt::format_to(std::back_inserter(m_out), "metric {}: {}, {}", metric.id, shown(metric.name),
-                   shown(metric.type));
-    if (metric.hasQuantity) {
-      fmt::format_to(std::back_inserter(m_out), ", {} ({})", shown(metric.quantity),
-                     shown(metric.units));
-    }
-    if (!metric.group.empty()) {
-      m_out += ", group " + shown(metric.group);
-    }
-    fmt::format_to(std::back_inserter(m_out), ", {} columns", metric.columns.size());
-    for (const std::string& item : metric.metadata) {
-      m_out += ", " + shown(item);
-    }
-    endLine();
-  }
-
-  void sample(const QmbinSample& sample) override {
-    fmt::format_to(
-        std::back_inserter(m_out), "{} {}: {}", sample.timestamp,
-        sample.metric == nullptr ? std::to_string(sample.metricId) : shown(sample.metric->name),
-        shown(*sample.name));
-    if (sample.descriptor != nullptr) {
-      m_out += " / " + shown(sample.descriptor->name);
-    }
-    fmt::format_to(std::back_inserter(m_out), " = {}, {} us", sample.value,
-                   sample.durationMicroseconds);
+ private:
+  template <typename Record>
+  void show(const Record& record) {
+    appendText(m_out, record);
     endLine();
   }
 };

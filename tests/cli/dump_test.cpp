@@ -38,6 +38,23 @@ const std::string kMetric = bytes("\x14\0\x03\x07\0\0\0\x01\0\x01\0\x01\0\0\0\0\
 const std::string kSample =
     bytes("\x18\0\x04\x09\0\0\0\0\0\0\0\0\0\x20\x40\x07\0\0\0\x01\0\0\0\xcd\xcc\xcc\x3d");
 
+/// A system record of which ticks, duration and counts are told. Names are `name`.
+std::string systemRecord(char name, char packages, char modules, float megahertz, char id) {
+  std::string payload = bytes("\x01\0\0\0\0\0\0\0\x09\0\0\0\0\0\0\0\0\0\x20\x40");
+  for (int i = 0; i < 4; ++i) {
+    payload.append(reinterpret_cast<const char*>(&megahertz), sizeof megahertz);
+  }
+  payload += {id, 0, 0, 0};
+  for (int i = 0; i < 5; ++i) {
+    payload += {name, 0};
+  }
+  payload += {packages, 0, modules, 0, 2, 0, 4, 0};
+  for (int i = 0; i < 3; ++i) {
+    payload += {name, 0};
+  }
+  return bytes("\x40\0\x01") + payload;
+}
+
 class ReadingBack : public ::testing::Test {
  protected:
   std::string result(const std::string& name, const std::string& content) const {
@@ -87,6 +104,32 @@ TEST_F(Dump, ShowsOneLinePerRecordWithItsNames) {
   EXPECT_EQ(0, shown.status);
   EXPECT_EQ("metric 7: a, a, group a, 0 columns\n9 a: a = 0.1, 2.5 us\n", shown.out);
   EXPECT_EQ("", shown.err);
+}
+
+TEST_F(Dump, ShowsAllThatASystemRecordTells) {
+  const ToolResult shown =
+      m_tool.run({"dump", result("r.qmbin", kText + systemRecord(1, 1, 2, 100.5F, 10))});
+  EXPECT_EQ(0, shown.status) << shown.err;
+  EXPECT_EQ(
+      "system: a, a a; platform a (a, a), hubs a, id 0xa; 1 package, 2 modules, 2 cores, 4 "
+      "threads; 100.5 MHz, bus 100.5 MHz, low 100.5 MHz, high 100.5 MHz; ticks 1 to 9, 2.5 s\n",
+      shown.out);
+}
+
+TEST_F(Dump, LeavesOutWhatASystemRecordLeavesOpen) {
+  const std::string empty = bytes("\x04\0\0\x01\0\0\0");
+  const ToolResult shown =
+      m_tool.run({"dump", result("r.qmbin", empty + systemRecord(1, 0, 0, 0, 0))});
+  EXPECT_EQ(0, shown.status) << shown.err;
+  EXPECT_EQ("system: 2 cores, 4 threads; ticks 1 to 9, 2.5 s\n", shown.out);
+}
+
+TEST_F(Dump, CountsOneColumnAsOne) {
+  std::string metric = kMetric + bytes("\x01\0\0\0");
+  metric[0] = 0x18;  // The size of the payload.
+  metric[19] = 1;    // The count of columns.
+  const ToolResult shown = m_tool.run({"dump", result("r.qmbin", kText + metric)});
+  EXPECT_EQ("metric 7: a, a, group a, 1 column\n", shown.out);
 }
 
 TEST_F(Dump, NameThatWouldBreakTheLineIsQuoted) {
