@@ -1,7 +1,11 @@
 #include "qumetra/cli/qmbin_dump.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -9,6 +13,7 @@
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/qmbin_text.h"
 #include "qumetra/cli/reading_output.h"
+#include "qumetra/cli/series_name.h"
 #include "qumetra/readers/byte_source.h"
 #include "qumetra/readers/qmbin_reader.h"
 #include "qumetra/recording/json_text.h"
@@ -186,16 +191,32 @@ QmbinCounts readFile(QmbinReader& reader, const std::string& file, FaultPrinter&
   }
 }
 
+/// Tells what lacks when a file of a series was read without the one before it.
+void hintAtSeries(const std::vector<std::string>& files, std::size_t index) {
+  const std::optional<SeriesPlace> place = placeInSeries(files[index]);
+  const auto end = files.begin() + static_cast<std::ptrdiff_t>(index);
+  if (place && std::find(files.begin(), end, place->fileBefore) == end) {
+    printNote(
+        fmt::format("{}: seems to be one of a series, whose names stand in the file of their "
+                    "first use; give all files in the order of their numbers, from {} on",
+                    files[index], place->firstFile));
+  }
+}
+
 /// Reads the files as one series; `afterFile` gets each file and what was in it.
 template <typename AfterFile>
 int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, AfterFile afterFile) {
   QmbinReader reader(printer);
   int status = kDone;
-  for (const std::string& file : files) {
-    printer.startFile(file);
-    const QmbinCounts counts = readFile(reader, file, printer);
+  bool isHintDue = true;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    printer.startFile(files[i]);
+    const QmbinCounts counts = readFile(reader, files[i], printer);
     status = counts.faults == 0 ? status : kFaulty;
-    afterFile(file, counts);
+    if (counts.untold > 0 && std::exchange(isHintDue, false)) {
+      hintAtSeries(files, i);
+    }
+    afterFile(files[i], counts);
   }
   return status;
 }

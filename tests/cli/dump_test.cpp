@@ -22,6 +22,7 @@ namespace {
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 /// The bytes of a literal, zero bytes included.
@@ -226,6 +227,50 @@ TEST_F(Check, SeriesOutOfOrderIsWrong) {
   EXPECT_EQ(1, checked.status);
   EXPECT_THAT(checked.err, StartsWith("r_1.qmbin: byte 0: a sample of a metric that was not told"));
   EXPECT_THAT(checked.out, HasSubstr("1 samples, 2 faults\nr_0.qmbin: 1 texts"));
+}
+
+/// What `check` and `dump` say of files of a series of which some are missing.
+MATCHER(HintsAtASeries, "") { return arg.find("seems to be one of a series") != std::string::npos; }
+
+TEST_F(Check, FileOfASeriesWithoutThoseBeforeItGetsOneHint) {
+  result("r_0.qmbin", kText + kMetric);
+  const ToolResult checked =
+      m_tool.run({"check", result("r_2.qmbin", kSample), result("r_3.qmbin", kSample)});
+  EXPECT_EQ(1, checked.status);
+  EXPECT_THAT(checked.err, HasSubstr("r_2.qmbin: seems to be one of a series, whose names stand in "
+                                     "the file of their first use; give all files in the order of "
+                                     "their numbers, from r_0.qmbin on\n"));
+  EXPECT_THAT(checked.err, Not(HasSubstr("r_3.qmbin: seems")));
+}
+
+TEST_F(Check, FilesOfASeriesInTheOrderOfTheirTextGetTheHint) {
+  const ToolResult checked =
+      m_tool.run({"check", result("r_0.qmbin", ""), result("r_10.qmbin", kSample),
+                  result("r_9.qmbin", kText + kMetric)});
+  EXPECT_THAT(checked.err, HasSubstr("r_10.qmbin: seems to be one of a series"));
+}
+
+TEST_F(Check, FileThatIsNoneOfASeriesGetsNoHint) {
+  for (const char* name : {"r.qmbin", "r_0.qmbin", "r_x.qmbin", "r_.qmbin", "7.qmbin"}) {
+    EXPECT_THAT(m_tool.run({"check", result(name, kSample)}).err, Not(HintsAtASeries())) << name;
+  }
+}
+
+TEST_F(Check, FileBehindTheOneBeforeItGetsNoHint) {
+  const ToolResult checked =
+      m_tool.run({"check", result("r_0.qmbin", kText), result("r_1.qmbin", kSample)});
+  EXPECT_EQ(1, checked.status);
+  EXPECT_THAT(checked.err, Not(HintsAtASeries()));
+}
+
+TEST_F(Check, OtherFaultsOfAFileOfASeriesGetNoHint) {
+  const ToolResult checked = m_tool.run({"check", result("r_1.qmbin", bytes("\x18\0"))});
+  EXPECT_EQ(1, checked.status);
+  EXPECT_THAT(checked.err, Not(HintsAtASeries()));
+}
+
+TEST_F(Dump, FileOfASeriesWithoutThoseBeforeItGetsTheHint) {
+  EXPECT_THAT(m_tool.run({"dump", result("r_1.qmbin", kSample)}).err, HintsAtASeries());
 }
 
 TEST_F(Check, ManyFaultsOfAFileAreCutShort) {
