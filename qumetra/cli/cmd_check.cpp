@@ -42,7 +42,11 @@ void addCheckCommand(CLI::App& app, Action& action) {
   command->footer(
       "Of a .pwr file are checked: where records begin and end, their sizes, that the times of "
       "each\n"
-      "metric and entity rise, and, as warnings, that all uids are declared.\n"
+      "metric and entity rise, and, as warnings, that all uids are declared. Of a .qmbin file: "
+      "the\n"
+      "sizes of its records, that what they refer to is told before, and, as a warning, that "
+      "there\n"
+      "is something in it.\n"
       "\n"
       "Exit status: 0 all is well; 1 a file is faulty; 2 a file cannot be read.\n"
       "What is wrong is told on standard error.");

@@ -213,6 +213,9 @@ int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, Aft
     printer.startFile(files[i]);
     const QmbinCounts counts = readFile(reader, files[i], printer);
     status = counts.faults == 0 ? status : kFaulty;
+    if (counts.end == 0 && counts.faults == 0) {
+      printNote(files[i] + ": warning: the file is empty; no result was written to it");
+    }
     if (counts.untold > 0 && std::exchange(isHintDue, false)) {
       hintAtSeries(files, i);
     }

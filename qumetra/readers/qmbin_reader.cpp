@@ -58,6 +58,7 @@ QmbinCounts QmbinReader::read(ByteSource& source) {
   m_offset = 0;
   while (readRecord(source)) {
   }
+  m_counts.end = m_offset;
   return m_counts;
 }
 

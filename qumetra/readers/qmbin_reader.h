@@ -41,6 +41,8 @@ struct QmbinCounts {
   /// The faults that are references to a text, descriptor or metric that was not told, as in a file
   /// of a series without those before it.
   std::uint64_t untold = 0;
+  /// Where the whole records end, in bytes.
+  std::uint64_t end = 0;
 };
 
 /// Reads one file after the other. Names that a file tells hold for the files after it, as in the

@@ -221,6 +221,17 @@ TEST_F(Check, CountsWhatIsThere) {
             checked.out);
 }
 
+TEST_F(Check, EmptyFileIsAWarning) {
+  const ToolResult checked = m_tool.run({"check", result("r.qmbin", "")});
+  EXPECT_EQ(0, checked.status);
+  EXPECT_EQ("r.qmbin: warning: the file is empty; no result was written to it\n", checked.err);
+  EXPECT_THAT(checked.out, StartsWith("r.qmbin: 0 texts"));
+}
+
+TEST_F(Check, FileWithoutSamplesIsNoWarning) {
+  EXPECT_EQ("", m_tool.run({"check", result("r.qmbin", kText)}).err);
+}
+
 TEST_F(Check, SeriesOutOfOrderIsWrong) {
   const ToolResult checked =
       m_tool.run({"check", result("r_1.qmbin", kSample), result("r_0.qmbin", kText + kMetric)});
