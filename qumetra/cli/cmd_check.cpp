@@ -34,7 +34,7 @@ void addCheckCommand(CLI::App& app, Action& action) {
       ->add_option(
           "FILE", *files,
           "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
-          "of their numbers")
+          "of their numbers; told apart by the ends of their names")
       ->type_name("")
       ->required();
   command->callback(

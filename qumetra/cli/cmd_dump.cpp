@@ -39,7 +39,7 @@ void addDumpCommand(CLI::App& app, Action& action) {
       ->add_option(
           "FILE", options->files,
           "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
-          "of their numbers")
+          "of their numbers; told apart by the ends of their names")
       ->type_name("")
       ->required();
   command->add_flag("--json", options->json, "As JSON Lines, one object per record");

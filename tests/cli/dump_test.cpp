@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -210,8 +211,28 @@ TEST_F(Dump, MissingFileIsOneLine) {
 TEST_F(Dump, FileOfAnotherKindIsRefused) {
   const ToolResult shown = m_tool.run({"dump", result("r.csv", "a,b\n")});
   EXPECT_EQ(2, shown.status);
-  EXPECT_EQ("qumetra: r.csv: not a result that can be read back; expected a .qmbin or .pwr file\n",
-            shown.err);
+  EXPECT_EQ(
+      "qumetra: r.csv: not known as a result that can be read back; expected a name, of a pipe "
+      "too, that ends in .qmbin or .pwr\n",
+      shown.err);
+}
+
+TEST_F(Dump, PipeWithoutAKnownSuffixIsRefusedAndNotWaitedFor) {
+  ASSERT_EQ(0, ::mkfifo(m_tool.file("pipe").c_str(), 0600));
+  const ToolResult shown = m_tool.run({"dump", "pipe"});
+  EXPECT_EQ(2, shown.status);
+  EXPECT_THAT(shown.err, StartsWith("qumetra: pipe: not known as a result"));
+}
+
+TEST_F(Check, FileWithoutASuffixThatCannotBeReadIsToldWithTheReason) {
+  std::filesystem::create_directory(m_tool.file("folder"));
+  for (const auto& [file, error] : {std::pair{"none", "none: No such file or directory\n"},
+                                    {"-", "-: No such file or directory\n"},
+                                    {"folder", "folder: Is a directory\n"}}) {
+    const ToolResult checked = m_tool.run({"check", file});
+    EXPECT_EQ(2, checked.status);
+    EXPECT_EQ(error, checked.err);
+  }
 }
 
 TEST_F(Check, CountsWhatIsThere) {
