@@ -323,6 +323,7 @@ void addCollectCommand(CLI::App& app, Action& action) {
       "it is not found, 126 when it cannot be run). With -t as well, measuring ends after that\n"
       "time and the results are written; the command goes on to its end, and its status counts.\n"
       "Without a command and without -t, measuring goes on until Ctrl-C.\n"
+      "Process CPU Time is that of the command alone, without the processes that it starts.\n"
       "\n"
       "The first Ctrl-C, SIGTERM or SIGHUP ends a collection early and the results are still\n"
       "written; a command that has not ended a second later gets SIGTERM. The second leaves at\n"

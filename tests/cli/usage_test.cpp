@@ -67,6 +67,11 @@ TEST(Usage, HelpOfCollectTellsWhenItEnds) {
   EXPECT_THAT(help, HasSubstr("without -t, measuring goes on until Ctrl-C"));
 }
 
+TEST(Usage, HelpOfCollectTellsWhoseCpuTimeIsMeasured) {
+  const std::string help = Tool().run({"collect", "--help"}).out;
+  EXPECT_THAT(help, HasSubstr("the command alone, without the processes that it starts"));
+}
+
 TEST(Usage, VerbosityIsANumber) {
   expectUsageError({"--verbosity", "much", "writers"}, "--verbosity");
   expectUsageError({"--verbosity", "-1", "writers"}, "--verbosity");
