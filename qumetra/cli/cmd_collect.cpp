@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include "host/environment.h"
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
@@ -222,12 +223,12 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
 void requireSeparator(const CollectOptions& options, const CommonOptions& common) {
   const auto& words = common.commandLine;
   const bool hasSeparator = std::find(words.begin(), words.end(), "--") != words.end();
-  const bool hasCommand = !options.command.empty();
-  if (hasCommand && !hasSeparator) {
+  const bool hasWords = !options.command.empty();
+  if (hasWords && !hasSeparator) {
     throw UsageError(fmt::format("unexpected argument \"{}\"; a command stands behind --",
                                  options.command.front()));
   }
-  if (hasSeparator && !hasCommand) {
+  if (hasSeparator && (!hasWords || options.command.front().empty())) {
     throw UsageError("no command stands behind --; leave it out to measure without one");
   }
 }
@@ -243,18 +244,6 @@ int runCollect(const CollectOptions& options, const CommonOptions& common) {
     printError(error.what());
     return kWrongInput;
   }
-}
-
-/// Takes no NaN, unlike the parser's own check of a range.
-CLI::Validator numberBetween(double lowest, double highest) {
-  const auto check = [lowest, highest](const std::string& text) {
-    double value = 0;
-    const bool isFine =
-        CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest;
-    return isFine ? std::string()
-                  : fmt::format("\"{}\" is no number from {} to {:.0f}", text, lowest, highest);
-  };
-  return CLI::Validator(check, "");
 }
 
 void addTimes(CLI::App& command, CollectOptions& options) {
@@ -276,11 +265,6 @@ void addTimes(CLI::App& command, CollectOptions& options) {
       ->check(numberBetween(0.0, kLongestSeconds));
 }
 
-CLI::Validator nonEmpty() {
-  return CLI::Validator(
-      [](const std::string& text) { return text.empty() ? "needs a name" : std::string(); }, "");
-}
-
 void addPlaces(CLI::App& command, CollectOptions& options) {
   command.add_option("--record", options.record, "Keep the recording in FILE, for replay")
       ->type_name("FILE")
@@ -292,9 +276,11 @@ void addPlaces(CLI::App& command, CollectOptions& options) {
       ->allow_extra_args(false);
   command.add_option("--procfs", options.procfs, "Where the machine's /proc is mounted")
       ->type_name("DIR")
+      ->check(nonEmpty())
       ->capture_default_str();
   command.add_option("--sysfs", options.sysfs, "Where the machine's /sys is mounted")
       ->type_name("DIR")
+      ->check(nonEmpty())
       ->capture_default_str();
 }
 

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/pwr_dump.h"
 #include "qumetra/cli/qmbin_dump.h"
@@ -41,6 +42,7 @@ void addDumpCommand(CLI::App& app, Action& action) {
           "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
           "of their numbers; told apart by the ends of their names")
       ->type_name("")
+      ->check(nonEmpty())
       ->required();
   command->add_flag("--json", options->json, "As JSON Lines, one object per record");
   command->footer(

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/configuration.h"
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
@@ -97,6 +98,7 @@ void addReplayCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<ReplayOptions>();
   command->add_option("RECORDING", options->recording, "The recording, a .qmrec file")
       ->type_name("")
+      ->check(nonEmpty())
       ->required();
   addDeliveryOptions(*command, options->delivery);
   command->add_flag("--continuous", options->continuous,
@@ -104,7 +106,8 @@ void addReplayCommand(CLI::App& app, Action& action) {
   command
       ->add_option("--call-log", options->callLog,
                    "Write every call of a writer and everything logged to FILE, as JSON lines")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(nonEmpty());
   command->callback([&action, options] {
     action = [options](const CommonOptions& common) { return replay(*options, common); };
   });

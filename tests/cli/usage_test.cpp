@@ -89,7 +89,17 @@ TEST(Usage, ListsHaveNoEmptyNames) {
                    "--source \",cpu_time\" has an empty name");
 }
 
-TEST(Usage, RecordNeedsAName) { expectUsageError({"collect", "--record", ""}, "--record"); }
+TEST(Usage, FilesAndDirectoriesNeedNames) {
+  for (const char* option : {"--record", "--order", "--procfs", "--sysfs"}) {
+    expectUsageError({"collect", option, ""}, std::string(option) + ": needs a name");
+  }
+  for (const char* option : {"--call-log", "--order"}) {
+    expectUsageError({"replay", "x", option, ""}, std::string(option) + ": needs a name");
+  }
+  expectUsageError({"replay", ""}, "RECORDING: needs a name");
+  expectUsageError({"dump", ""}, "FILE: needs a name");
+  expectUsageError({"check", "x.pwr", ""}, "FILE: needs a name");
+}
 
 TEST(Usage, LoudAndQuietExcludeEachOther) {
   expectUsageError({"-v", "-q", "writers"}, "-q");
@@ -107,10 +117,12 @@ TEST(Usage, WhatIsMissingIsNamedAsInTheHelp) {
 
 TEST(Usage, CommandStandsBehindTwoHyphensOnly) {
   expectUsageError({"collect", "true"}, "a command stands behind --");
+  expectUsageError({"collect", ""}, "unexpected argument \"\"; a command stands behind --");
 }
 
 TEST(Usage, CommandIsNotMissingBehindTwoHyphens) {
   expectUsageError({"collect", "-t", "0.1", "--"}, "no command stands behind --");
+  expectUsageError({"collect", "--", ""}, "no command stands behind --");
 }
 
 TEST(Usage, TimesAreNumbersAboveZero) {
