@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include "host/environment.h"
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
@@ -122,11 +123,13 @@ std::string lastWords(const std::string& recordPath, const Session& session) {
 
 /// Delivers live. The first message starts the writers, so that a command that cannot be run leaves
 /// no trace.
-int collectLive(Collection& collection, Run& run, Watcher& watcher) {
+int collectLive(Collection& collection, Run& run, Session& session, Watcher& watcher) {
+  const ErrorWatch errors(session.environment());
   collection.run(&run);
   watcher.progress.clear();
   run.start();
-  return run.finish();
+  const int status = run.finish();
+  return std::max(status, errors.status());
 }
 
 /// What was measured cannot be had again, but its results can be made again.
@@ -177,7 +180,8 @@ int collectAndReplay(Collection& collection, const std::string& recordPath, Run&
   RecordingReader reader(recordPath, model, summary);
   status = std::max(status, deliverRecording(reader, summary, run, session.stop(),
                                              {.showsProgress = !collection.commandRuns()}, common));
-  if (status != kDone || errors.hasErrors()) {
+  status = std::max(status, errors.status());
+  if (status != kDone) {
     keepRecording(recordPath, session, common);
   }
   return status;
@@ -206,19 +210,26 @@ int collect(const CollectOptions& options, const CommonOptions& common) {
   Collection collection(std::move(settings), session.freshModel(), session.stop());
   collection.open();
   const int status = options.isLive()
-                         ? collectLive(collection, run, watcher)
+                         ? collectLive(collection, run, session, watcher)
                          : collectAndReplay(collection, recordPath, run, session, watcher, common);
   printSummary(run, session.environment(), common);
   const int commandStatus = collection.waitForCommand();
   return commandStatus != 0 ? commandStatus : status;
 }
 
-/// The command stands behind "--" only: a misspelt word would otherwise be taken for a program.
+/// The command stands behind "--" only: a misspelt word would otherwise be taken for a program. And
+/// behind "--" stands a command: an empty variable in a script would otherwise measure until
+/// Ctrl-C.
 void requireSeparator(const CollectOptions& options, const CommonOptions& common) {
   const auto& words = common.commandLine;
-  if (!options.command.empty() && std::find(words.begin(), words.end(), "--") == words.end()) {
+  const bool hasSeparator = std::find(words.begin(), words.end(), "--") != words.end();
+  const bool hasWords = !options.command.empty();
+  if (hasWords && !hasSeparator) {
     throw UsageError(fmt::format("unexpected argument \"{}\"; a command stands behind --",
                                  options.command.front()));
+  }
+  if (hasSeparator && (!hasWords || options.command.front().empty())) {
+    throw UsageError("no command stands behind --; leave it out to measure without one");
   }
 }
 
@@ -233,18 +244,6 @@ int runCollect(const CollectOptions& options, const CommonOptions& common) {
     printError(error.what());
     return kWrongInput;
   }
-}
-
-/// Takes no NaN, unlike the parser's own check of a range.
-CLI::Validator numberBetween(double lowest, double highest) {
-  const auto check = [lowest, highest](const std::string& text) {
-    double value = 0;
-    const bool isFine =
-        CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest;
-    return isFine ? std::string()
-                  : fmt::format("\"{}\" is no number from {} to {:.0f}", text, lowest, highest);
-  };
-  return CLI::Validator(check, "");
 }
 
 void addTimes(CLI::App& command, CollectOptions& options) {
@@ -266,11 +265,6 @@ void addTimes(CLI::App& command, CollectOptions& options) {
       ->check(numberBetween(0.0, kLongestSeconds));
 }
 
-CLI::Validator nonEmpty() {
-  return CLI::Validator(
-      [](const std::string& text) { return text.empty() ? "needs a name" : std::string(); }, "");
-}
-
 void addPlaces(CLI::App& command, CollectOptions& options) {
   command.add_option("--record", options.record, "Keep the recording in FILE, for replay")
       ->type_name("FILE")
@@ -282,9 +276,11 @@ void addPlaces(CLI::App& command, CollectOptions& options) {
       ->allow_extra_args(false);
   command.add_option("--procfs", options.procfs, "Where the machine's /proc is mounted")
       ->type_name("DIR")
+      ->check(nonEmpty())
       ->capture_default_str();
   command.add_option("--sysfs", options.sysfs, "Where the machine's /sys is mounted")
       ->type_name("DIR")
+      ->check(nonEmpty())
       ->capture_default_str();
 }
 
@@ -296,8 +292,9 @@ void addCollectCommand(CLI::App& app, Action& action) {
   addDeliveryOptions(*command, options->delivery);
   addTimes(*command, *options);
   addPlaces(*command, *options);
-  command->add_option("command", options->command, "A command to measure, behind --")
-      ->type_name("COMMAND ARG...");
+  command
+      ->add_option("COMMAND", options->command, "A command to measure and its arguments, behind --")
+      ->type_name("");
   command->callback([&action, options] {
     action = [options](const CommonOptions& common) { return runCollect(*options, common); };
   });
@@ -312,6 +309,7 @@ void addCollectCommand(CLI::App& app, Action& action) {
       "it is not found, 126 when it cannot be run). With -t as well, measuring ends after that\n"
       "time and the results are written; the command goes on to its end, and its status counts.\n"
       "Without a command and without -t, measuring goes on until Ctrl-C.\n"
+      "Process CPU Time is that of the command alone, without the processes that it starts.\n"
       "\n"
       "The first Ctrl-C, SIGTERM or SIGHUP ends a collection early and the results are still\n"
       "written; a command that has not ended a second later gets SIGTERM. The second leaves at\n"

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/pwr_dump.h"
 #include "qumetra/cli/qmbin_dump.h"
@@ -37,10 +38,11 @@ void addDumpCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<DumpOptions>();
   command
       ->add_option(
-          "files", options->files,
+          "FILE", options->files,
           "A .pwr file, or a .qmbin file, or the .qmbin files of a continuous run in the order "
-          "of their numbers")
-      ->type_name("FILE")
+          "of their numbers; told apart by the ends of their names")
+      ->type_name("")
+      ->check(nonEmpty())
       ->required();
   command->add_flag("--json", options->json, "As JSON Lines, one object per record");
   command->footer(

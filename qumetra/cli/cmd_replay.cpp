@@ -8,9 +8,11 @@
 #include <CLI/CLI.hpp>
 
 #include "host/configuration.h"
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/delivery.h"
+#include "qumetra/cli/error_watch.h"
 #include "qumetra/cli/session.h"
 #include "qumetra/collect/summary_from_samples.h"
 #include "qumetra/recording/recording_reader.h"
@@ -79,10 +81,12 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
   if (isLogged) {
     startCallLog(log, session.environment());
   }
+  const ErrorWatch errors(session.environment());
   int status = deliverRecording(reader, summary, run, session.stop(), {.endsOnStop = true}, common);
+  status = std::max(status, errors.status());
   const int logStatus = closeCallLog(log);
   printSummary(run, session.environment(), common);
-  status = status == kWrongInput ? status : std::max(status, logStatus);
+  status = std::max(status, logStatus);
   const int signal = session.signals().stopSignalNumber();
   return signal != 0 && status == kDone ? 128 + signal : status;
 }
@@ -92,8 +96,9 @@ int replay(const ReplayOptions& options, const CommonOptions& common) {
 void addReplayCommand(CLI::App& app, Action& action) {
   CLI::App* command = app.add_subcommand("replay", "Deliver a recording to writers of results");
   auto options = std::make_shared<ReplayOptions>();
-  command->add_option("recording", options->recording, "The recording, a .qmrec file")
-      ->type_name("RECORDING")
+  command->add_option("RECORDING", options->recording, "The recording, a .qmrec file")
+      ->type_name("")
+      ->check(nonEmpty())
       ->required();
   addDeliveryOptions(*command, options->delivery);
   command->add_flag("--continuous", options->continuous,
@@ -101,7 +106,8 @@ void addReplayCommand(CLI::App& app, Action& action) {
   command
       ->add_option("--call-log", options->callLog,
                    "Write every call of a writer and everything logged to FILE, as JSON lines")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(nonEmpty());
   command->callback([&action, options] {
     action = [options](const CommonOptions& common) { return replay(*options, common); };
   });

@@ -16,7 +16,7 @@ namespace qumetra::cli {
 /// How the tool ends. A collection with a command ends with the command's status instead.
 enum ExitStatus : int {
   kDone = 0,
-  /// A writer's `init` or `fini` failed.
+  /// A writer's `init` or `fini` failed, or it logged that a result is not whole.
   kWriterFailed = 1,
   /// A result that was read back is faulty.
   kFaulty = 1,

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "qumetra/cli/argument_checks.h"
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
 #include "qumetra/cli/progress.h"
@@ -94,7 +95,8 @@ void addDeliveryOptions(CLI::App& command, DeliveryOptions& options) {
   command
       .add_option("--order", options.orderFile,
                   "The order of features and metrics in reports, in place of the usual one")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(nonEmpty());
 }
 
 std::vector<std::string> chosenWriters(const DeliveryOptions& options,

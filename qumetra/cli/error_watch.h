@@ -1,5 +1,7 @@
-// Whether writers logged errors, which not all of them tell in their status.
+// Whether writers logged that a result is not whole, which not all of them tell in their status.
 #pragma once
+
+#include "qumetra/cli/command.h"
 
 namespace qumetra {
 class Environment;
@@ -7,8 +9,12 @@ class Environment;
 
 namespace qumetra::cli {
 
-/// Listens to the log as long as it lives. Nothing else may listen meanwhile. The environment is
-/// borrowed. Errors are not logged at verbosity 0, and not heard then.
+/// Hears the errors in the log as long as it lives, whether they are shown or not. One at a time.
+/// The environment is borrowed.
+///
+///     const ErrorWatch errors(environment);
+///     int status = run.finish();
+///     status = std::max(status, errors.status());
 class ErrorWatch {
  public:
   explicit ErrorWatch(Environment& environment);
@@ -16,8 +22,8 @@ class ErrorWatch {
   ErrorWatch& operator=(const ErrorWatch&) = delete;
   ~ErrorWatch();
 
-  /// Whether an error came so far.
-  bool hasErrors() const { return m_hasErrors; }
+  /// `kWriterFailed` when an error came so far, else `kDone`.
+  int status() const { return m_hasErrors ? kWriterFailed : kDone; }
 
  private:
   Environment& m_environment;

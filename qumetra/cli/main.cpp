@@ -80,8 +80,9 @@ int runTool(int argc, char** argv) {
       "  qumetra writers                       which results there are\n"
       "  qumetra platform                      what is known of this machine\n"
       "\n"
-      "Exit status: 0 done; 1 a writer failed, or a result that is read is faulty; 2 wrong usage,\n"
-      "or a file that cannot be used; with a command the command's own.");
+      "Exit status: 0 done; 1 a result could not be written in full, or one that is read is "
+      "faulty;\n"
+      "2 wrong usage, or a file that cannot be used; with a command the command's own.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -124,16 +124,27 @@ bool checkFile(const std::string& file) {
   return !findings.hasFault();
 }
 
+/// What was decoded before the file cannot be read any further is printed.
+bool dumpFile(const std::string& file, bool asJson) {
+  FileSource source(file);
+  Dumper dumper(file, asJson);
+  PwrReader reader(dumper);
+  try {
+    const PwrCounts counts = reader.read(source);
+    dumper.end();
+    return counts.faults == 0;
+  } catch (const ReadError&) {
+    dumper.end();
+    throw;
+  }
+}
+
 }  // namespace
 
 int dumpPwr(const std::vector<std::string>& files, bool asJson) {
   int status = kDone;
   for (const std::string& file : files) {
-    FileSource source(file);
-    Dumper dumper(file, asJson);
-    PwrReader reader(dumper);
-    status = reader.read(source).faults == 0 ? status : kFaulty;
-    dumper.end();
+    status = dumpFile(file, asJson) ? status : kFaulty;
   }
   return status;
 }

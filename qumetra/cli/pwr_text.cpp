@@ -46,9 +46,10 @@ class Line {
 
   void tell(const PwrHardware& hardware) {
     add("hardware: {} ticks per second, family {}, model {}, stepping {}, {} bits, addresses up to "
-        "{:#x}, {} threads",
+        "{:#x}, {} thread{}",
         hardware.tscFrequencyHz, hardware.family, hardware.model, hardware.stepping,
-        hardware.addressWidth, hardware.highestAddress, hardware.threads.size());
+        hardware.addressWidth, hardware.highestAddress, hardware.threads.size(),
+        hardware.threads.size() == 1 ? "" : "s");
     const char* separator = " (package/core/thread): ";
     for (const PwrHardware::Thread& thread : hardware.threads) {
       add("{}{}/{}/{}", std::exchange(separator, ", "), thread.package, thread.core, thread.thread);

@@ -1,19 +1,22 @@
 #include "qumetra/cli/qmbin_dump.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "qumetra/cli/command.h"
 #include "qumetra/cli/console.h"
+#include "qumetra/cli/qmbin_text.h"
 #include "qumetra/cli/reading_output.h"
+#include "qumetra/cli/series_name.h"
 #include "qumetra/readers/byte_source.h"
 #include "qumetra/readers/qmbin_reader.h"
 #include "qumetra/recording/json_text.h"
-#include "qumetra/recording/utf8.h"
 
 namespace qumetra::cli {
 namespace {
@@ -22,7 +25,8 @@ namespace {
 class FaultPrinter : public QmbinVisitor {
  public:
   void startFile(const std::string& file) { m_lines.startFile(file); }
-  void endFile() const { m_lines.endFile(); }
+  /// Ends with the file that was started, however far it was read.
+  virtual void endFile() { m_lines.endFile(); }
 
   void fault(std::uint64_t offset, const std::string& what) override {
     m_lines.print(offset, what);
@@ -35,7 +39,10 @@ class FaultPrinter : public QmbinVisitor {
 /// A `FaultPrinter` that prints what else there is.
 class Dumper : public FaultPrinter {
  public:
-  void flush() { m_result.flush(); }
+  void endFile() override {
+    m_result.flush();
+    FaultPrinter::endFile();
+  }
 
  protected:
   /// Ends what was appended to `m_out`.
@@ -45,70 +52,17 @@ class Dumper : public FaultPrinter {
   std::string& m_out = m_result.line();
 };
 
-/// A name as it is; one that would break the line, or that no terminal should get, as in JSON.
-std::string shown(const std::string& name) {
-  if (std::none_of(name.begin(), name.end(), isControl) &&
-      findInvalidUtf8(name) == std::string::npos) {
-    return name;
-  }
-  std::string quoted;
-  JsonText(quoted).text(name);
-  return quoted;
-}
-
 class TextDumper : public Dumper {
  public:
-  void system(const QmbinSystem& system) override {
-    fmt::format_to(std::back_inserter(m_out),
-                   "system: {}, {} {}; platform {} ({}, {}), hubs {}, id {:#x}; {} packages, {} "
-                   "modules, {} cores, {} threads; {} MHz, bus {} MHz, low {} MHz, high {} MHz; "
-                   "ticks {} to {}, {} s",
-                   shown(system.hostName), shown(system.osName), shown(system.osType),
-                   shown(system.platformName), shown(system.cpuCodeName),
-                   shown(system.nativeModelName), shown(system.controllerHubs), system.platformId,
-                   system.packages, system.modules, system.cores, system.threads,
-                   system.cpuFrequencyMHz, system.busFrequencyMHz, system.lowFrequencyMHz,
-                   system.highFrequencyMHz, system.firstTimestamp, system.lastTimestamp,
-                   system.durationSeconds);
-    endLine();
-  }
+  void system(const QmbinSystem& system) override { show(system); }
+  void descriptor(const QmbinDescriptor& descriptor) override { show(descriptor); }
+  void metric(const QmbinMetric& metric) override { show(metric); }
+  void sample(const QmbinSample& sample) override { show(sample); }
 
-  void descriptor(const QmbinDescriptor& descriptor) override {
-    fmt::format_to(std::back_inserter(m_out), "descriptor {}: {}", descriptor.index,
-                   shown(descriptor.name));
-    if (!descriptor.attribute.empty()) {
-      m_out += " = " + shown(descriptor.attribute);
-    }
-    endLine();
-  }
-
-  void metric(const QmbinMetric& metric) override {
-    fmt::format_to(std::back_inserter(m_out), "metric {}: {}, {}", metric.id, shown(metric.name),
-                   shown(metric.type));
-    if (metric.hasQuantity) {
-      fmt::format_to(std::back_inserter(m_out), ", {} ({})", shown(metric.quantity),
-                     shown(metric.units));
-    }
-    if (!metric.group.empty()) {
-      m_out += ", group " + shown(metric.group);
-    }
-    fmt::format_to(std::back_inserter(m_out), ", {} columns", metric.columns.size());
-    for (const std::string& item : metric.metadata) {
-      m_out += ", " + shown(item);
-    }
-    endLine();
-  }
-
-  void sample(const QmbinSample& sample) override {
-    fmt::format_to(
-        std::back_inserter(m_out), "{} {}: {}", sample.timestamp,
-        sample.metric == nullptr ? std::to_string(sample.metricId) : shown(sample.metric->name),
-        shown(*sample.name));
-    if (sample.descriptor != nullptr) {
-      m_out += " / " + shown(sample.descriptor->name);
-    }
-    fmt::format_to(std::back_inserter(m_out), " = {}, {} us", sample.value,
-                   sample.durationMicroseconds);
+ private:
+  template <typename Record>
+  void show(const Record& record) {
+    appendText(m_out, record);
     endLine();
   }
 };
@@ -224,19 +178,49 @@ class JsonDumper : public Dumper {
   }
 };
 
+/// What was decoded before the file cannot be read any further is printed.
+QmbinCounts readFile(QmbinReader& reader, const std::string& file, FaultPrinter& printer) {
+  FileSource source(file);
+  try {
+    const QmbinCounts counts = reader.read(source);
+    printer.endFile();
+    return counts;
+  } catch (const ReadError&) {
+    printer.endFile();
+    throw;
+  }
+}
+
+/// Tells what lacks when a file of a series was read without the one before it.
+void hintAtSeries(const std::vector<std::string>& files, std::size_t index) {
+  const std::optional<SeriesPlace> place = placeInSeries(files[index]);
+  const auto end = files.begin() + static_cast<std::ptrdiff_t>(index);
+  if (place && std::find(files.begin(), end, place->fileBefore) == end) {
+    printNote(
+        fmt::format("{}: seems to be one of a series, whose names stand in the file of their "
+                    "first use; give all files in the order of their numbers, from {} on",
+                    files[index], place->firstFile));
+  }
+}
+
 /// Reads the files as one series; `afterFile` gets each file and what was in it.
 template <typename AfterFile>
 int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, AfterFile afterFile) {
   QmbinReader reader(printer);
   int status = kDone;
-  for (const std::string& file : files) {
-    printer.startFile(file);
-    FileSource source(file);
-    const QmbinCounts counts = reader.read(source);
+  bool isHintDue = true;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    printer.startFile(files[i]);
+    const QmbinCounts counts = readFile(reader, files[i], printer);
     status = counts.faults == 0 ? status : kFaulty;
-    afterFile(file, counts);
+    if (counts.end == 0 && counts.faults == 0) {
+      printNote(files[i] + ": warning: the file is empty; no result was written to it");
+    }
+    if (counts.untold > 0 && std::exchange(isHintDue, false)) {
+      hintAtSeries(files, i);
+    }
+    afterFile(files[i], counts);
   }
-  printer.endFile();
   return status;
 }
 
@@ -246,8 +230,7 @@ int dumpQmbin(const std::vector<std::string>& files, bool asJson) {
   const std::unique_ptr<Dumper> dumper =
       asJson ? std::unique_ptr<Dumper>(std::make_unique<JsonDumper>())
              : std::make_unique<TextDumper>();
-  return readSeries(files, *dumper,
-                    [&](const std::string&, const QmbinCounts&) { dumper->flush(); });
+  return readSeries(files, *dumper, [](const std::string&, const QmbinCounts&) {});
 }
 
 int checkQmbin(const std::vector<std::string>& files) {

@@ -16,7 +16,6 @@ constexpr std::uint64_t kShownFaults = 20;
 }  // namespace
 
 void FaultLines::startFile(const std::string& file) {
-  endFile();
   m_file = file;
   m_count = 0;
 }

@@ -13,7 +13,7 @@ class FaultLines {
  public:
   /// What comes is about this file.
   void startFile(const std::string& file);
-  /// Tells how many lines of the file were not shown. `startFile` does so too.
+  /// Tells how many lines of the file were not shown. Once per file.
   void endFile() const;
 
   /// `offset` in bytes from the front of the file.

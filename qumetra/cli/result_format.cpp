@@ -1,6 +1,11 @@
 #include "qumetra/cli/result_format.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -8,6 +13,7 @@
 #include <system_error>
 
 #include "qumetra/cli/command.h"
+#include "qumetra/readers/byte_source.h"
 
 namespace qumetra::cli {
 namespace {
@@ -28,6 +34,19 @@ bool isImportStream(const std::string& file) {
          std::string_view(start.data(), start.size()) == kImportStreamMark;
 }
 
+/// What keeps the file from being read, as an error number; 0 for nothing. Opens nothing: opening a
+/// pipe waits for its other end.
+int errorOfReading(const std::string& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) {
+    return errno;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    return EISDIR;
+  }
+  return ::faccessat(AT_FDCWD, file.c_str(), R_OK, AT_EACCESS) == 0 ? 0 : errno;
+}
+
 ResultFormat formatOfFile(const std::string& file) {
   const std::filesystem::path suffix = std::filesystem::path(file).extension();
   if (suffix == ".pwr" || isImportStream(file)) {
@@ -36,7 +55,12 @@ ResultFormat formatOfFile(const std::string& file) {
   if (suffix == ".qmbin") {
     return ResultFormat::Qmbin;
   }
-  throw UsageError(file + ": not a result that can be read back; expected a .qmbin or .pwr file");
+  if (const int error = errorOfReading(file); error != 0) {
+    throw ReadError(file + ": " + std::generic_category().message(error));
+  }
+  throw UsageError(file +
+                   ": not known as a result that can be read back; expected a name, of a pipe too, "
+                   "that ends in .qmbin or .pwr");
 }
 
 }  // namespace

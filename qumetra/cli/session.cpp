@@ -1,5 +1,6 @@
 #include "qumetra/cli/session.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "qumetra/cli/command.h"
@@ -9,7 +10,11 @@ namespace qumetra::cli {
 
 std::unique_ptr<Environment> makeEnvironment(const CommonOptions& common) {
   auto environment = std::make_unique<Environment>();
-  environment->plugin().verbosity = common.verbosity;
+  // Writers log errors even to those who want silence, since errors count in the exit status.
+  environment->plugin().verbosity = std::max(common.verbosity, PluginEnvironment::kErrors);
+  if (common.verbosity < PluginEnvironment::kErrors) {
+    environment->hideErrors();
+  }
   for (const std::string& tag : common.logTags) {
     environment->plugin().enabledTags.add(tag);
   }

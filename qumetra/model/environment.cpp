@@ -15,15 +15,36 @@ void writeToStandardError(std::string_view text) {
   static_cast<void>(std::fflush(stderr));
 }
 
-/// What takes the text that is inserted into one sink: shows it as it comes, and gives the listener
+/// Who gets what is logged.
+struct Audience {
+  Environment::Listener all;
+  Environment::Listener errors;
+  bool errorsAreHidden = false;
+
+  /// Whether what has no level, or this one, stays between the sink and the error listener.
+  bool hides(LogEvent::Sink sink, std::optional<int> level) const {
+    return errorsAreHidden && sink == LogEvent::Sink::Error &&
+           level.value_or(LogSink::kError) == LogSink::kError;
+  }
+
+  void give(const LogEvent& event) const {
+    if (errors && event.sink == LogEvent::Sink::Error) {
+      errors(event);
+    }
+    if (all && !hides(event.sink, event.level)) {
+      all(event);
+    }
+  }
+};
+
+/// What takes the text that is inserted into one sink: shows it as it comes, and gives the audience
 /// its lines.
 class LineBuffer : public std::streambuf {
  public:
-  /// `listener` is borrowed and may be empty.
-  LineBuffer(LogEvent::Sink sink, bool shown, const Environment::Listener& listener)
-      : m_sink(sink), m_shown(shown), m_listener(listener) {}
+  /// `audience` is borrowed.
+  LineBuffer(LogEvent::Sink sink, const Audience& audience) : m_sink(sink), m_audience(audience) {}
 
-  /// Gives the listener what has no line end yet.
+  /// Gives the audience what has no line end yet.
   void finishLine() {
     if (!m_line.empty()) {
       giveLine();
@@ -46,7 +67,7 @@ class LineBuffer : public std::streambuf {
 
  private:
   void take(std::string_view text) {
-    if (m_shown) {
+    if (m_sink != LogEvent::Sink::Quiet && !m_audience.hides(m_sink, std::nullopt)) {
       writeToStandardError(text);
     }
     std::size_t end = text.find('\n');
@@ -59,46 +80,40 @@ class LineBuffer : public std::streambuf {
     m_line += text;
   }
 
-  void giveLine() {
-    const std::string line = std::exchange(m_line, {});
-    if (m_listener) {
-      m_listener({m_sink, std::nullopt, line});
-    }
-  }
+  void giveLine() { m_audience.give({m_sink, std::nullopt, std::exchange(m_line, {})}); }
 
   LogEvent::Sink m_sink;
-  bool m_shown;
-  const Environment::Listener& m_listener;
+  const Audience& m_audience;
   std::string m_line;
 };
 
-/// A sink that shows each text and gives it to the listener whole.
+/// A sink that shows each text and gives it to the audience whole.
 class ListenedSink : public LogSink {
  public:
-  ListenedSink(LogEvent::Sink sink, std::streambuf& inserted, const Environment::Listener& listener)
-      : LogSink(&inserted), m_sink(sink), m_listener(listener) {}
+  ListenedSink(LogEvent::Sink sink, std::streambuf& inserted, const Audience& audience)
+      : LogSink(&inserted), m_sink(sink), m_audience(audience) {}
 
   void log(int level, const char* text) override {
-    writeToStandardError(text);
-    if (m_listener) {
-      m_listener({m_sink, level, text});
+    if (!m_audience.hides(m_sink, level)) {
+      writeToStandardError(text);
     }
+    m_audience.give({m_sink, level, text});
   }
 
  private:
   LogEvent::Sink m_sink;
-  const Environment::Listener& m_listener;
+  const Audience& m_audience;
 };
 
 }  // namespace
 
 struct Environment::Sinks {
-  Listener listener;
-  LineBuffer errorLines{LogEvent::Sink::Error, true, listener};
-  LineBuffer warningLines{LogEvent::Sink::Warning, true, listener};
-  LineBuffer quietLines{LogEvent::Sink::Quiet, false, listener};
-  ListenedSink error{LogEvent::Sink::Error, errorLines, listener};
-  ListenedSink warning{LogEvent::Sink::Warning, warningLines, listener};
+  Audience audience;
+  LineBuffer errorLines{LogEvent::Sink::Error, audience};
+  LineBuffer warningLines{LogEvent::Sink::Warning, audience};
+  LineBuffer quietLines{LogEvent::Sink::Quiet, audience};
+  ListenedSink error{LogEvent::Sink::Error, errorLines, audience};
+  ListenedSink warning{LogEvent::Sink::Warning, warningLines, audience};
   std::ostream quiet{&quietLines};
   PluginEnvironment plugin{error, warning, quiet};
   PluginEnvironment* former = nullptr;
@@ -118,8 +133,15 @@ PluginEnvironment& Environment::plugin() { return m_sinks->plugin; }
 void Environment::setListener(Listener listener) {
   // Text from before belongs to the former listener.
   finishLines();
-  m_sinks->listener = std::move(listener);
+  m_sinks->audience.all = std::move(listener);
 }
+
+void Environment::setErrorListener(Listener listener) {
+  finishLines();
+  m_sinks->audience.errors = std::move(listener);
+}
+
+void Environment::hideErrors() { m_sinks->audience.errorsAreHidden = true; }
 
 void Environment::finishLines() {
   m_sinks->errorLines.finishLine();

@@ -36,7 +36,14 @@ class Environment {
   PluginEnvironment& plugin();
   /// `listener` gets everything logged from now on, in order; null ends that.
   void setListener(Listener listener);
-  /// Gives lines without a line end to the listener.
+  /// `listener` gets what comes to the error sink from now on, beside the other listener and before
+  /// it; null ends that.
+  void setErrorListener(Listener listener);
+  /// Errors go to the error listener only from now on: they are not shown, as at verbosity 0, but
+  /// can still be heard where the verbosity lets writers log them. What comes to the error sink at
+  /// level 0 is shown all the same.
+  void hideErrors();
+  /// Gives lines without a line end to the listeners.
   void finishLines();
 
  private:

@@ -5,27 +5,16 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "client/src/common/error_text.h"
 #include "client/src/common/pw_log.h"
+#include "qumetra/model/parent_directory.h"
 
 namespace pwr {
 namespace {
 
 constexpr mode_t kFileMode = 0666;
-
-/// Makes the directories above `fileName`. A failure shows when the file is opened.
-void makeDirectories(const std::string& fileName) {
-  const std::filesystem::path directory = std::filesystem::path(fileName).parent_path();
-  if (directory.empty()) {
-    return;
-  }
-  std::error_code ignored;
-  std::filesystem::create_directories(directory, ignored);
-}
 
 /// A descriptor, or -1 with `errno` set.
 int openUninterrupted(const char* fileName, int flags) {
@@ -92,7 +81,7 @@ bool Logger::open() {
     return true;
   }
   if (!m_started) {
-    makeDirectories(m_fileName);
+    qumetra::makeParentDirectory(m_fileName);
   }
   const int placement = m_started ? O_APPEND : O_TRUNC;
   m_descriptor = openUninterrupted(m_fileName.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | placement);

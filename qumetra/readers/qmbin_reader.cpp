@@ -58,6 +58,7 @@ QmbinCounts QmbinReader::read(ByteSource& source) {
   m_offset = 0;
   while (readRecord(source)) {
   }
+  m_counts.end = m_offset;
   return m_counts;
 }
 
@@ -223,7 +224,7 @@ void QmbinReader::takeSample(RecordFields& payload) {
   sample.metricId = payload.u32();
   const auto metric = m_metrics.find(sample.metricId);
   if (metric == m_metrics.end()) {
-    fault(numbered("a sample of a metric that was not told:", sample.metricId));
+    untold(numbered("a sample of a metric that was not told:", sample.metricId));
   } else {
     sample.metric = &metric->second;
   }
@@ -251,7 +252,7 @@ const std::string& QmbinReader::textOf(RecordFields& payload, const char* what) 
 const std::string* QmbinReader::findText(std::uint16_t index, const char* what) {
   const auto found = m_texts.find(index);
   if (found == m_texts.end()) {
-    fault(std::string("the ") + what + " is a text that was not told: " + std::to_string(index));
+    untold(std::string("the ") + what + " is a text that was not told: " + std::to_string(index));
     return nullptr;
   }
   return &found->second;
@@ -263,7 +264,7 @@ const QmbinDescriptor* QmbinReader::findDescriptor(std::uint16_t index) {
   }
   const auto found = m_descriptors.find(index);
   if (found == m_descriptors.end()) {
-    fault(numbered("a descriptor that was not told:", index));
+    untold(numbered("a descriptor that was not told:", index));
     return nullptr;
   }
   return &found->second;
@@ -272,6 +273,11 @@ const QmbinDescriptor* QmbinReader::findDescriptor(std::uint16_t index) {
 void QmbinReader::fault(const std::string& what) {
   ++m_counts.faults;
   m_visitor.fault(m_offset, what);
+}
+
+void QmbinReader::untold(const std::string& what) {
+  ++m_counts.untold;
+  fault(what);
 }
 
 }  // namespace qumetra

@@ -38,6 +38,11 @@ struct QmbinCounts {
   std::uint64_t metrics = 0;
   std::uint64_t samples = 0;
   std::uint64_t faults = 0;
+  /// The faults that are references to a text, descriptor or metric that was not told, as in a file
+  /// of a series without those before it.
+  std::uint64_t untold = 0;
+  /// Where the whole records end, in bytes.
+  std::uint64_t end = 0;
 };
 
 /// Reads one file after the other. Names that a file tells hold for the files after it, as in the
@@ -75,6 +80,7 @@ class QmbinReader {
   const std::string* findText(std::uint16_t index, const char* what);
   const QmbinDescriptor* findDescriptor(std::uint16_t index);
   void fault(const std::string& what);
+  void untold(const std::string& what);
 
   static constexpr std::size_t kLongestPayload = 0xFFFF;
 

@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "qumetra/model/parent_directory.h"
+
 namespace qumetra {
 namespace {
 
@@ -57,6 +59,7 @@ bool isBeingWritten(const std::string& path) {
 }
 
 BlockFile::BlockFile(std::string path) : m_path(std::move(path)) {
+  makeParentDirectory(m_path);
   // Not truncated before it is locked.
   m_descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kMode);
   if (m_descriptor < 0) {

@@ -15,8 +15,9 @@ bool isBeingWritten(const std::string& path);
 /// one. Not synchronised.
 class BlockFile {
  public:
-  /// Makes or truncates the file. A regular file is locked until it is closed: two that write one
-  /// file at once would damage it, so the second fails, and leaves it as it is.
+  /// Makes or truncates the file, with missing directories. A regular file is locked until it is
+  /// closed: two that write one file at once would damage it, so the second fails, and leaves it as
+  /// it is.
   explicit BlockFile(std::string path);
   BlockFile(const BlockFile&) = delete;
   BlockFile& operator=(const BlockFile&) = delete;

@@ -18,7 +18,8 @@ namespace qumetra {
 /// final metadata in its place: a collection knows its end only when it is over.
 class RecordingWriter : public MessageSink {
  public:
-  /// Makes or truncates the file. A failure to do so sticks as any other; see `error`.
+  /// Makes or truncates the file, with missing directories. A failure to do so sticks as any other;
+  /// see `error`.
   explicit RecordingWriter(const std::string& path);
   RecordingWriter(const RecordingWriter&) = delete;
   RecordingWriter& operator=(const RecordingWriter&) = delete;

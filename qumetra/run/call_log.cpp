@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "qumetra/model/environment.h"
+#include "qumetra/model/parent_directory.h"
 #include "qumetra/recording/json_text.h"
 
 namespace qumetra {
@@ -29,6 +30,7 @@ CallLog::CallLog(std::string path) : m_path(std::move(path)) {}
 CallLog::~CallLog() { close(); }
 
 void CallLog::start(Environment& environment) {
+  makeParentDirectory(m_path);
   m_file.reset(std::fopen(m_path.c_str(), "we"));
   if (m_file == nullptr) {
     fail();

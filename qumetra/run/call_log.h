@@ -31,9 +31,9 @@ class CallLog {
   CallLog& operator=(const CallLog&) = delete;
   ~CallLog();
 
-  /// Makes or truncates the file, and listens to `environment` until the log is closed;
-  /// `environment` must live as long. A failure sticks as any other; see `error`. REQUIRES: not
-  /// called before.
+  /// Makes or truncates the file, with missing directories, and listens to `environment` until the
+  /// log is closed; `environment` must live as long. A failure sticks as any other; see `error`.
+  /// REQUIRES: not called before.
   void start(Environment& environment);
 
   // Calls and logs before `start` and after `close` are dropped.

@@ -95,6 +95,9 @@ pwr::MetricOrder readOrderFile(const std::string& path) {
     // A folder, for one, opens and cannot be read.
     failToRead(path, errno != 0 ? errno : EIO);
   }
+  if (builder.order.featureOrder.empty()) {
+    throw OrderFileError(path + ": names no feature; expected [FEATURE] and metrics below it");
+  }
   return builder.order;
 }
 

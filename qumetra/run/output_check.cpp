@@ -98,6 +98,9 @@ std::string checkOutputFile(const OutputFile& file) {
   if (errno != ENOENT) {
     return reason(path, errno);
   }
+  if (path.ends_with('/')) {
+    return reason(path, EISDIR);
+  }
   const std::filesystem::path directory = std::filesystem::path(path).parent_path();
   return checkDirectory(directory.empty() ? "." : directory);
 }

@@ -101,6 +101,12 @@ TEST_F(Collect, BadPathOfTheRecordingFailsBeforeTheCommandStarts) {
   EXPECT_THAT(m_tool.files(), IsEmpty());
 }
 
+TEST_F(Collect, RecordingGetsTheDirectoriesThatAreMissing) {
+  const ToolResult result = collect({"-t", "0.1", "--record", "a/b/kept.qmrec"});
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_THAT(readFile(m_tool.file("a/b/kept.qmrec")), StartsWith("{\"recording\""));
+}
+
 TEST_F(Collect, NamesTheResultFilesToThoseWhoAsk) {
   const ToolResult result = collect({"-v", "-t", "0.3"});
   const std::string path = std::filesystem::canonical(m_tool.file("Automation_Summary.csv"));

@@ -57,6 +57,14 @@ TEST_F(Order, FaultIsOneLineAndNothingIsWritten) {
   }
 }
 
+TEST_F(Order, FileWithoutEntriesIsOneLineAndNothingIsWritten) {
+  const std::string empty = m_tool.write("empty.conf", {"# later"});
+  const ToolResult result = m_tool.run({"replay", m_recording, "-r", "sum", "--order", empty});
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ(empty + ": names no feature; expected [FEATURE] and metrics below it\n", result.err);
+  EXPECT_THAT(m_tool.files(), ::testing::Not(::testing::Contains("qumetra.csv")));
+}
+
 TEST_F(Order, CollectionTakesTheUsersOrder) {
   const std::string order = m_tool.write("mine.conf", {"[cpu_time]", "Interrupts", "CPU Time"});
   const ToolResult result =

@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include <filesystem>
+#include <ostream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -90,8 +91,74 @@ TEST_F(Output, LimitOfFileSizeIsAFailedWriteAndNotTheEnd) {
   const std::string recording = m_tool.write("r.qmrec", m_lines);
   const FileSizeLimit limit(50'000);
   const ToolResult result = m_tool.run({"replay", recording, "-r", "raw", "-o", "x"});
-  EXPECT_LT(result.status, 128);
+  EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.err, HasSubstr("Could not write"));
+}
+
+/// A writer, its result, and a recording that it makes more than 200 bytes of.
+struct CutResult {
+  std::string writer;
+  std::string file;
+  std::string recording = "all_kinds.qmrec";
+
+  friend void PrintTo(const CutResult& result, std::ostream* out) { *out << result.file; }
+};
+
+class CutOutput : public ::testing::TestWithParam<CutResult> {
+ protected:
+  ToolResult replay(const Tool::Arguments& more) {
+    Tool::Arguments arguments = {
+        "replay", QM_RECORDINGS "/" + GetParam().recording, "-r", GetParam().writer, "-o", "x"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    // Standard error is no file, so that the limit does not silence it.
+    m_tool.useTerminal();
+    const FileSizeLimit limit(200);
+    return m_tool.run(arguments);
+  }
+
+  Tool m_tool;
+};
+
+TEST_P(CutOutput, IsToldAndCountsInTheStatus) {
+  const ToolResult result = replay({});
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.err, HasSubstr(GetParam().file));
+}
+
+TEST_P(CutOutput, CountsInTheStatusForTheQuietToo) {
+  const ToolResult result = replay({"-q"});
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.err, Not(HasSubstr(GetParam().file)));
+}
+
+TEST_P(CutOutput, CountsInTheStatusBesideACallLog) {
+  EXPECT_EQ(1, replay({"--call-log", "/dev/null"}).status);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryWriter, CutOutput,
+                         ::testing::Values(CutResult{"sum", "x.csv"},
+                                           CutResult{"qmjson", "x.qmjson"},
+                                           CutResult{"json", "x.json"}, CutResult{"bin", "x.qmbin"},
+                                           CutResult{"raw", "x.txt"},
+                                           CutResult{"int", "x_trace.csv"},
+                                           CutResult{"kelto", "x.pwr", "kelto_residency.qmrec"}),
+                         [](const auto& parameter) { return parameter.param.writer; });
+
+TEST_F(Output, CutResultsOfALiveCollectionCountInItsStatus) {
+  const FileSizeLimit limit(200);
+  // The first writes its results during the collection, the second at the end.
+  for (const char* writer : {"bin", "raw"}) {
+    const ToolResult result = m_tool.run(
+        {"collect", "-t", "0.2", "-i", "20", "-r", writer, "-o", "x", "--continuous", "0.1"});
+    EXPECT_EQ(1, result.status) << writer;
+  }
+}
+
+TEST_F(Output, SummaryWithoutAnOrderIsWholeAndSucceeds) {
+  const std::string recording = m_tool.write("r.qmrec", m_lines);
+  const ToolResult result = m_tool.run({"replay", recording, "-r", "sum"});
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.err, HasSubstr("No entries present for metrics"));
 }
 
 TEST_F(Output, RecordThatIsNoRegularFileIsToldBeforeTheCollection) {
@@ -113,6 +180,15 @@ TEST_F(Output, RecordingOfWhichNothingIsThereIsNotReadBack) {
   EXPECT_THAT(result.err, HasSubstr("qumetra: z.qmrec: File too large"));
   EXPECT_THAT(result.err, Not(HasSubstr("z.qmrec:1")));
   EXPECT_THAT(m_tool.files(), ElementsAre("z.qmrec"));
+}
+
+TEST_F(Output, CutResultOfACollectionCountsInItsStatus) {
+  // A full device appears in the place of the result while the command runs.
+  const ToolResult result = m_tool.run(
+      {"collect", "-i", "20", "-r", "bin", "-o", "x", "--", "ln", "-s", "/dev/full", "x.qmbin"});
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.err, HasSubstr("Cannot write x.qmbin"));
+  EXPECT_THAT(result.err, HasSubstr("what was measured is kept: qumetra replay "));
 }
 
 TEST_F(Output, FailedResultKeepsWhatWasMeasured) {

@@ -138,10 +138,17 @@ TEST_F(Replay, CallLogMustNotBeTheRecording) {
   EXPECT_EQ(std::string(kFirst) + '\n' + kSystem + '\n', readFile(m_recording));
 }
 
+TEST_F(Replay, CallLogGetsTheDirectoriesThatAreMissing) {
+  const ToolResult result =
+      m_tool.run({"replay", m_recording, "-r", "auto", "--call-log", "a/b/log"});
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_THAT(readFile(m_tool.file("a/b/log")), HasSubstr("\"init\""));
+}
+
 TEST_F(Replay, CallLogThatCannotBeMadeFailsAtOnce) {
-  const ToolResult result = m_tool.run({"replay", m_recording, "--call-log", "a/b"});
+  const ToolResult result = m_tool.run({"replay", m_recording, "--call-log", "r.qmrec/log"});
   EXPECT_EQ(2, result.status);
-  EXPECT_EQ("qumetra: cannot write the call log: a/b: No such file or directory\n", result.err);
+  EXPECT_EQ("qumetra: cannot write results: r.qmrec/log: Not a directory\n", result.err);
   EXPECT_THAT(m_tool.files(), ElementsAre("r.qmrec"));
 }
 

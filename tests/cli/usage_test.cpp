@@ -1,3 +1,6 @@
+#include <string>
+#include <utility>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -64,6 +67,11 @@ TEST(Usage, HelpOfCollectTellsWhenItEnds) {
   EXPECT_THAT(help, HasSubstr("without -t, measuring goes on until Ctrl-C"));
 }
 
+TEST(Usage, HelpOfCollectTellsWhoseCpuTimeIsMeasured) {
+  const std::string help = Tool().run({"collect", "--help"}).out;
+  EXPECT_THAT(help, HasSubstr("the command alone, without the processes that it starts"));
+}
+
 TEST(Usage, VerbosityIsANumber) {
   expectUsageError({"--verbosity", "much", "writers"}, "--verbosity");
   expectUsageError({"--verbosity", "-1", "writers"}, "--verbosity");
@@ -81,17 +89,40 @@ TEST(Usage, ListsHaveNoEmptyNames) {
                    "--source \",cpu_time\" has an empty name");
 }
 
-TEST(Usage, RecordNeedsAName) { expectUsageError({"collect", "--record", ""}, "--record"); }
+TEST(Usage, FilesAndDirectoriesNeedNames) {
+  for (const char* option : {"--record", "--order", "--procfs", "--sysfs"}) {
+    expectUsageError({"collect", option, ""}, std::string(option) + ": needs a name");
+  }
+  for (const char* option : {"--call-log", "--order"}) {
+    expectUsageError({"replay", "x", option, ""}, std::string(option) + ": needs a name");
+  }
+  expectUsageError({"replay", ""}, "RECORDING: needs a name");
+  expectUsageError({"dump", ""}, "FILE: needs a name");
+  expectUsageError({"check", "x.pwr", ""}, "FILE: needs a name");
+}
 
 TEST(Usage, LoudAndQuietExcludeEachOther) {
   expectUsageError({"-v", "-q", "writers"}, "-q");
   expectUsageError({"-v", "--verbosity", "1", "writers"}, "-v");
 }
 
-TEST(Usage, ReplayNeedsARecording) { expectUsageError({"replay"}, "recording is required"); }
+TEST(Usage, WhatIsMissingIsNamedAsInTheHelp) {
+  for (const auto& [command, operand] :
+       {std::pair{"replay", "RECORDING"}, {"dump", "FILE"}, {"check", "FILE"}}) {
+    expectUsageError({command}, std::string("qumetra: ") + operand + " is required;");
+    EXPECT_THAT(Tool().run({command, "--help"}).out,
+                HasSubstr(std::string("Usage: qumetra ") + command + " [OPTIONS] " + operand));
+  }
+}
 
 TEST(Usage, CommandStandsBehindTwoHyphensOnly) {
   expectUsageError({"collect", "true"}, "a command stands behind --");
+  expectUsageError({"collect", ""}, "unexpected argument \"\"; a command stands behind --");
+}
+
+TEST(Usage, CommandIsNotMissingBehindTwoHyphens) {
+  expectUsageError({"collect", "-t", "0.1", "--"}, "no command stands behind --");
+  expectUsageError({"collect", "--", ""}, "no command stands behind --");
 }
 
 TEST(Usage, TimesAreNumbersAboveZero) {

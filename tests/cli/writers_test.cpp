@@ -32,14 +32,14 @@ class ToolWithFakes {
   TempDir m_root;
 };
 
-TEST(Fakes, ErrorInTheLogKeepsWhatWasMeasuredWithoutAFailedStatus) {
+TEST(Fakes, ErrorInTheLogAloneFailsAndKeepsWhatWasMeasured) {
   const ToolWithFakes fakes;
   Tool tool(fakes.program());
   EXPECT_THAT(tool.run({"collect", "-t", "0.1", "-r", "first"}).err,
               Not(HasSubstr("what was measured is kept")));
   EXPECT_THAT(tool.temporaries(), IsEmpty());
   const ToolResult result = tool.run({"collect", "-t", "0.1", "-r", "logs"});
-  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.err, HasSubstr("what was measured is kept: qumetra replay "));
   ASSERT_EQ(1U, tool.temporaries().size());
   EXPECT_TRUE(fs::exists(tool.temporaries()[0] / "recording.qmrec"));

@@ -144,6 +144,47 @@ TEST(Environment, NullEndsTheListening) {
   EXPECT_EQ(events, Events{});
 }
 
+TEST(Environment, ErrorListenerGetsWhatComesToTheErrorSinkBesideTheOther) {
+  Environment environment;
+  Events all;
+  Events errors;
+  environment.setListener(into(all));
+  environment.setErrorListener(into(errors));
+  environment.plugin().errorLog.log(1, "ERROR: e\n");
+  environment.plugin().warningLog.log(2, "WARNING: w\n");
+  environment.plugin().errorLog << "line\n";
+  EXPECT_EQ(all.size(), 3U);
+  EXPECT_EQ(errors, (Events{{Sink::Error, 1, "ERROR: e\n"}, {Sink::Error, kNoLevel, "line"}}));
+  environment.setErrorListener(nullptr);
+  environment.plugin().errorLog.log(1, "ERROR: e\n");
+  EXPECT_EQ(all.size(), 4U);
+  EXPECT_EQ(errors.size(), 2U);
+}
+
+TEST(Environment, HiddenErrorsAreHeardByTheErrorListenerOnly) {
+  Environment environment;
+  Events all;
+  Events errors;
+  environment.setListener(into(all));
+  environment.setErrorListener(into(errors));
+  environment.hideErrors();
+  testing::internal::CaptureStderr();
+  environment.plugin().errorLog.log(1, "ERROR: e\n");
+  environment.plugin().errorLog << "line\n";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(all, Events{});
+  EXPECT_EQ(errors.size(), 2U);
+}
+
+TEST(Environment, WhatIsNoErrorShowsWhereErrorsAreHidden) {
+  Environment environment;
+  environment.hideErrors();
+  testing::internal::CaptureStderr();
+  environment.plugin().errorLog.log(0, "FATAL: f\n");
+  environment.plugin().warningLog.log(0, "Note: n\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "FATAL: f\nNote: n\n");
+}
+
 TEST(Environment, StandardErrorThatTakesNothingIsNoFailure) {
   Environment environment;
   Events events;

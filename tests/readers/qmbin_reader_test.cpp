@@ -82,6 +82,17 @@ TEST_F(QmbinReading, EmptyFileIsFineAndSaysNothing) {
   EXPECT_EQ(counts.samples + counts.texts + counts.faults, 0U);
 }
 
+TEST_F(QmbinReading, WholeRecordsEndBeforeOneThatWasCut) {
+  EXPECT_EQ(read("").end, 0U);
+  EXPECT_EQ(read(kSample + " 18 00 04").end, 27U);
+}
+
+TEST_F(QmbinReading, ReferencesToWhatWasNotToldAreCounted) {
+  const QmbinCounts counts = read(kSample + " 18 00 04");
+  EXPECT_EQ(counts.untold, 3U);  // The metric, the name and the descriptor.
+  EXPECT_EQ(counts.faults, 4U);
+}
+
 TEST_F(QmbinReading, SampleHasItsNamesResolved) {
   const QmbinCounts counts = read(kTexts + kDescriptor1 + kMetric7 + kSample);
   EXPECT_THAT(m_found.samples, ElementsAre(Keeper::Sample{9, "b", "c", "b", 2.5F, 1.0F}));
@@ -89,6 +100,7 @@ TEST_F(QmbinReading, SampleHasItsNamesResolved) {
   EXPECT_EQ(counts.descriptors, 1U);
   EXPECT_EQ(counts.metrics, 1U);
   EXPECT_EQ(counts.samples, 1U);
+  EXPECT_EQ(counts.untold, 0U);
   EXPECT_THAT(m_found.faults, IsEmpty());
 }
 

@@ -196,11 +196,11 @@ TEST_F(Writer, ClosingTwiceIsHarmless) {
 }
 
 TEST(FailingWriter, FileThatCannotBeMadeIsTheFirstFailureAndSticks) {
-  RecordingWriter writer("/nowhere/w");
-  EXPECT_EQ(writer.error(), "/nowhere/w: No such file or directory");
+  RecordingWriter writer("/proc/w");
+  EXPECT_EQ(writer.error(), "/proc/w: No such file or directory");
   writer.note("dropped");
   writer.sync();
-  EXPECT_EQ(writer.close(), "/nowhere/w: No such file or directory");
+  EXPECT_EQ(writer.close(), "/proc/w: No such file or directory");
 }
 
 TEST(FailingWriter, FullDiskIsAFailure) {

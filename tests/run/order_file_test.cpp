@@ -48,7 +48,15 @@ TEST_F(OrderFile, CommentsBlanksAndCarriageReturnsDoNotCount) {
   EXPECT_THAT(order.metricOrder.at("a"), ElementsAre("CPU Time"));
 }
 
-TEST_F(OrderFile, EmptyFileOrdersNothing) { EXPECT_THAT(read("").featureOrder, IsEmpty()); }
+TEST_F(OrderFile, FileWithoutAFeatureIsAFault) {
+  constexpr const char* kFault = ": names no feature; expected [FEATURE] and metrics below it";
+  EXPECT_EQ(kFault, fault(""));
+  EXPECT_EQ(kFault, fault("# nothing yet\n\n"));
+}
+
+TEST_F(OrderFile, FeatureWithoutMetricsIsFine) {
+  EXPECT_THAT(read("[a]\n").featureOrder, ElementsAre("a"));
+}
 
 TEST_F(OrderFile, LastLineNeedsNoEnd) {
   EXPECT_THAT(read("[a]\nx").metricOrder.at("a"), ElementsAre("x"));

@@ -110,6 +110,12 @@ TEST(OutputCheck, DirectoryInThePlaceOfTheFileIsBad) {
             checkOutputFile({directory.file("x.csv")}));
 }
 
+TEST(OutputCheck, NameOfADirectoryThatIsMissingIsBad) {
+  const TempDir directory;
+  const std::string path = directory.file("none/");
+  EXPECT_EQ(path + ": Is a directory", checkOutputFile({path}));
+}
+
 TEST(OutputCheck, LinkIsBadWhereItIsNotFollowed) {
   const TempDir directory;
   const std::string link = directory.file("x.csv");
