@@ -149,6 +149,14 @@ char* put(char* at, Number number) {
   return at + sizeof number;
 }
 
+void writeBytes(int file, const char* begin, const char* end) {
+  const auto size = static_cast<std::size_t>(end - begin);
+  if (::write(file, begin, size) != static_cast<ssize_t>(size)) {
+    std::perror("binary_bench");
+    std::exit(1);
+  }
+}
+
 struct Case {
   const char* name;
   pwr::Metric::MetricType type;
@@ -168,30 +176,33 @@ constexpr Case kCases[] = {
 };
 
 void writeFloor(const std::string& path, std::size_t elements, const Case& one) {
+  std::array<std::uint16_t, kColumns> states{};
+  for (std::size_t j = 0; j < kColumns; ++j) {
+    states[j] = static_cast<std::uint16_t>(j % one.states);
+  }
   const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  std::vector<char> block;
-  block.reserve(kBlockSize);
+  std::vector<char> block(kBlockSize);
+  char* const full = block.data() + kBlockSize - kRecordSize;
+  char* at = block.data();
   for (std::size_t i = 0; i < elements / kColumns; ++i) {
     const std::size_t sample = i % kSamples;
     for (std::size_t j = 0; j < kColumns; ++j) {
-      if (kBlockSize - block.size() < kRecordSize) {
-        qumetra::bench::writeBlock(file, block);
+      if (at > full) {
+        writeBytes(file, block.data(), at);
+        at = block.data();
       }
-      char record[kRecordSize];
-      char* at = put(record, std::uint16_t{kRecordSize - 3});
+      at = put(at, std::uint16_t{kRecordSize - 3});
       at = put(at, std::uint8_t{4});
       at = put(at, values().timestamps[sample]);
       const std::uint64_t microseconds = values().durations[sample][j] / 4;
       at = put(at, static_cast<float>(microseconds));
       at = put(at, std::uint32_t{7});
-      const std::size_t state = j % one.states;
-      at = put(at, static_cast<std::uint16_t>(one.firstName + one.nameStep * state));
-      at = put(at, static_cast<std::uint16_t>(state + 1));
-      put(at, static_cast<float>(values().reals[sample][j]));
-      block.insert(block.end(), record, record + kRecordSize);
+      at = put(at, static_cast<std::uint16_t>(one.firstName + one.nameStep * states[j]));
+      at = put(at, static_cast<std::uint16_t>(states[j] + 1));
+      at = put(at, static_cast<float>(values().reals[sample][j]));
     }
   }
-  qumetra::bench::writeBlock(file, block);
+  writeBytes(file, block.data(), at);
   ::close(file);
 }
 

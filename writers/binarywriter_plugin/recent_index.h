@@ -3,10 +3,31 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace pwr::bin {
+
+/// Whether two keys are equal.
+template <typename Key>
+bool isSame(const Key& a, const Key& b) {
+  return a == b;
+}
+/// Short texts byte by byte: one that was just written, by a few narrow stores, is not there yet
+/// for the wide load of a library's comparison, which would wait longer than all else takes.
+inline bool isSame(const std::string& a, const std::string& b) {
+  constexpr std::size_t kShort = 32;
+  if (a.size() != b.size() || a.size() > kShort) {
+    return a == b;
+  }
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (a.data()[i] != b.data()[i]) {
+      return false;
+    }
+  }
+  return true;
+}
 
 /// Remembers a number per key. Messages bring the same keys in the same order again and again: the
 /// neighbour of the last answer, that answer and the first key of all are tried before anything is
@@ -46,7 +67,7 @@ class RecentIndex {
   };
 
   static bool isOf(const Entry& entry, const Key& key) {
-    return entry.index != 0 && entry.key == key;
+    return entry.index != 0 && isSame(entry.key, key);
   }
 
   std::uint16_t answer(const Entry& entry) {
