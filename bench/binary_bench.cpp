@@ -29,19 +29,45 @@ namespace {
 
 using qumetra::bench::Scratch;
 
-/// Values per sample.
+/// Values per round of samples.
 constexpr std::size_t kColumns = 16;
-/// Samples differ and repeat after so many, so that input takes no memory to speak of.
-constexpr std::size_t kSamples = 256;
+/// Rounds differ and repeat after so many, so that input takes no memory to speak of.
+constexpr std::size_t kRounds = 256;
 constexpr std::size_t kRecordSize = 27;
 constexpr std::size_t kBlockSize = 0x100000;
 constexpr float kTicksPerMicrosecond = 4;
+constexpr std::uint32_t kFirstMetric = 7;
+
+/// What a contest is about.
+struct Case {
+  const char* name;
+  pwr::Metric::MetricType type;
+  /// How many messages a round has, each of a metric of its own.
+  std::size_t metrics;
+  std::size_t states;
+  /// The number of the first state's samples' name; the others' follow at `nameStep`.
+  std::uint16_t firstName;
+  std::uint16_t nameStep;
+
+  std::size_t metricOf(std::size_t column) const { return column * metrics / kColumns; }
+};
+
+/// Each state numbers two texts of its descriptor, the first of which names deltas, and for values
+/// that of its entity. Metrics are not told: that has happened earlier in the process.
+constexpr Case kCases[] = {
+    {"values", pwr::Metric::SAMPLED_VALUE, 1, kColumns, 3, 3},
+    {"deltas", pwr::Metric::SAMPLED_DELTA, 1, 4, 1, 2},
+    // The most that deltas and messages can cost: no message brings a state twice, and none brings
+    // more than one value.
+    {"single_deltas", pwr::Metric::SAMPLED_DELTA, 1, kColumns, 1, 2},
+    {"single_values", pwr::Metric::SAMPLED_VALUE, kColumns, kColumns, 3, 3},
+};
 
 /// What is measured, as plain arrays.
 struct Values {
-  std::array<std::uint64_t, kSamples> timestamps{};
-  std::array<std::array<double, kColumns>, kSamples> reals{};
-  std::array<std::array<std::uint64_t, kColumns>, kSamples> durations{};
+  std::array<std::uint64_t, kRounds> timestamps{};
+  std::array<std::array<double, kColumns>, kRounds> reals{};
+  std::array<std::array<std::uint64_t, kColumns>, kRounds> durations{};
 };
 
 const Values& values() {
@@ -51,7 +77,7 @@ const Values& values() {
     const auto next = [&state] {
       return state = state * 6364136223846793005U + 1442695040888963407U;
     };
-    for (std::size_t i = 0; i < kSamples; ++i) {
+    for (std::size_t i = 0; i < kRounds; ++i) {
       result.timestamps[i] = 1'000'000'000'000 + i * 1'000'003;
       for (std::size_t j = 0; j < kColumns; ++j) {
         result.reals[i][j] = static_cast<double>(next() >> 44U) / 7919;
@@ -67,7 +93,7 @@ const Values& values() {
 /// there is a state per column, one.
 class Messages {
  public:
-  Messages(pwr::Metric::MetricType type, std::size_t states) : m_type(type), m_stateCount(states) {
+  explicit Messages(const Case& shape) : m_shape(shape) {
     for (std::size_t i = 0; i < kColumns; ++i) {
       const std::string number = std::to_string(i);
       m_entities.push_back(std::make_unique<pwr::EntityHandle>(
@@ -76,41 +102,49 @@ class Messages {
           200 + i, pwr::HandleTexts{"State" + number, "", ""}));
       m_states.back()->addAttributeValue(&m_attribute, pwr::Data("C" + number));
     }
-    for (std::size_t i = 0; i < kSamples; ++i) {
-      m_samples.push_back(makeSample(i));
+    for (std::size_t i = 0; i < kRounds; ++i) {
+      addRound(i);
     }
   }
 
-  const pwr::Metric& sample(std::size_t number) const { return *m_samples[number % kSamples]; }
+  /// The messages of so many elements, and then the same again and again.
+  const std::vector<std::unique_ptr<pwr::Metric>>& all() const { return m_messages; }
+  std::size_t elementsPerMessage() const { return kColumns / m_shape.metrics; }
 
  private:
-  std::unique_ptr<pwr::Metric> makeSample(std::size_t number) {
-    auto metric = std::make_unique<pwr::Metric>();
-    metric->name = "Package Power";
-    metric->metricId = 7;
-    metric->metricType = m_type;
-    metric->quantity = &m_quantity;
-    pwr::SampleData data;
-    data.timestamp = values().timestamps[number];
-    for (std::size_t i = 0; i < kColumns; ++i) {
-      m_elements.push_back(std::make_unique<pwr::DataElement>(
-          m_entities[m_stateCount < kColumns ? i / m_stateCount : i].get(),
-          m_states[i % m_stateCount].get(), nullptr, pwr::Data(values().reals[number][i]),
-          values().durations[number][i], nullptr));
-      data.elements.push_back(m_elements.back().get());
+  void addRound(std::size_t round) {
+    for (std::size_t i = 0; i < m_shape.metrics; ++i) {
+      m_messages.push_back(std::make_unique<pwr::Metric>());
+      pwr::Metric& metric = *m_messages.back();
+      metric.name = "Package Power";
+      metric.metricId = kFirstMetric + static_cast<std::uint32_t>(i);
+      metric.metricType = m_shape.type;
+      metric.quantity = &m_quantity;
+      pwr::SampleData data;
+      data.timestamp = values().timestamps[round];
+      for (std::size_t j = 0; j < elementsPerMessage(); ++j) {
+        data.elements.push_back(makeElement(round, i * elementsPerMessage() + j));
+      }
+      metric.setData(std::move(data));
     }
-    metric->setData(std::move(data));
-    return metric;
   }
 
-  pwr::Metric::MetricType m_type;
-  std::size_t m_stateCount;
+  const pwr::DataElement* makeElement(std::size_t round, std::size_t column) {
+    const std::size_t states = m_shape.states;
+    m_elements.push_back(std::make_unique<pwr::DataElement>(
+        m_entities[states < kColumns ? column / states : column].get(),
+        m_states[column % states].get(), nullptr, pwr::Data(values().reals[round][column]),
+        values().durations[round][column], nullptr));
+    return m_elements.back().get();
+  }
+
+  Case m_shape;
   pwr::Quantity m_quantity{1, 3, "Power", "mW", "Power (mW)"};
   pwr::Attribute m_attribute{20, {"A", "", ""}, nullptr, nullptr, pwr::AttributeType::Info};
   std::vector<std::unique_ptr<pwr::EntityHandle>> m_entities;
   std::vector<std::unique_ptr<pwr::DataDescriptor>> m_states;
   std::vector<std::unique_ptr<pwr::DataElement>> m_elements;
-  std::vector<std::unique_ptr<pwr::Metric>> m_samples;
+  std::vector<std::unique_ptr<pwr::Metric>> m_messages;
 };
 
 /// An environment of its own for each run: its output handles know which files they made.
@@ -135,8 +169,8 @@ void writeBinary(const Messages& messages, const std::string& base, std::size_t 
   BinaryWriter writer;
   writer.init(base, false);
   writer.writeMessage(system);
-  for (std::size_t i = 0; i < elements / kColumns; ++i) {
-    writer.writeMessage(messages.sample(i));
+  for (std::size_t i = 0; i < elements / messages.elementsPerMessage(); ++i) {
+    writer.writeMessage(*messages.all()[i % messages.all().size()]);
   }
   writer.fini();
 }
@@ -157,35 +191,19 @@ void writeBytes(int file, const char* begin, const char* end) {
   }
 }
 
-struct Case {
-  const char* name;
-  pwr::Metric::MetricType type;
-  std::size_t states;
-  /// The number of the first state's samples' name; the others' follow at `nameStep`.
-  std::uint16_t firstName;
-  std::uint16_t nameStep;
-};
-
-/// Each state numbers two texts of its descriptor, the first of which names deltas, and for values
-/// that of its entity. The metric is not told: that has happened earlier in the process.
-constexpr Case kCases[] = {
-    {"values", pwr::Metric::SAMPLED_VALUE, kColumns, 3, 3},
-    {"deltas", pwr::Metric::SAMPLED_DELTA, 4, 1, 2},
-    // The most that deltas can cost: no message brings a state twice.
-    {"single_deltas", pwr::Metric::SAMPLED_DELTA, kColumns, 1, 2},
-};
-
 void writeFloor(const std::string& path, std::size_t elements, const Case& one) {
   std::array<std::uint16_t, kColumns> states{};
+  std::array<std::uint32_t, kColumns> metrics{};
   for (std::size_t j = 0; j < kColumns; ++j) {
     states[j] = static_cast<std::uint16_t>(j % one.states);
+    metrics[j] = kFirstMetric + static_cast<std::uint32_t>(one.metricOf(j));
   }
   const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   std::vector<char> block(kBlockSize);
   char* const full = block.data() + kBlockSize - kRecordSize;
   char* at = block.data();
   for (std::size_t i = 0; i < elements / kColumns; ++i) {
-    const std::size_t sample = i % kSamples;
+    const std::size_t round = i % kRounds;
     for (std::size_t j = 0; j < kColumns; ++j) {
       if (at > full) {
         writeBytes(file, block.data(), at);
@@ -193,13 +211,13 @@ void writeFloor(const std::string& path, std::size_t elements, const Case& one) 
       }
       at = put(at, std::uint16_t{kRecordSize - 3});
       at = put(at, std::uint8_t{4});
-      at = put(at, values().timestamps[sample]);
-      const std::uint64_t microseconds = values().durations[sample][j] / 4;
+      at = put(at, values().timestamps[round]);
+      const std::uint64_t microseconds = values().durations[round][j] / 4;
       at = put(at, static_cast<float>(microseconds));
-      at = put(at, std::uint32_t{7});
+      at = put(at, metrics[j]);
       at = put(at, static_cast<std::uint16_t>(one.firstName + one.nameStep * states[j]));
       at = put(at, static_cast<std::uint16_t>(states[j] + 1));
-      at = put(at, static_cast<float>(values().reals[sample][j]));
+      at = put(at, static_cast<float>(values().reals[round][j]));
     }
   }
   writeBytes(file, block.data(), at);
@@ -237,7 +255,7 @@ int main(int argc, char** argv) {
   static const std::vector<std::unique_ptr<Messages>> messages = [] {
     std::vector<std::unique_ptr<Messages>> made;
     for (const Case& one : kCases) {
-      made.push_back(std::make_unique<Messages>(one.type, one.states));
+      made.push_back(std::make_unique<Messages>(one));
     }
     return made;
   }();

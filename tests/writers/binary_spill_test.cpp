@@ -27,7 +27,8 @@ using testing::SizeIs;
 constexpr std::size_t kRecordSize = 27;
 /// Of one message.
 constexpr std::size_t kBlockRecords =
-    (SampleBlock::kSize - SampleBlock::kHeadSize - SampleBlock::kRunHeadSize) /
+    (SampleBlock::kSize - SampleBlock::kHeadSize - SampleBlock::kRunHeadSize -
+     SampleBlock::kRowHeadSize) /
     (SampleBlock::kNumbersSize + SampleBlock::kNamesSize);
 
 /// Samples are numbered: their values are 0, 1, 2 …

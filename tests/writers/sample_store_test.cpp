@@ -73,6 +73,7 @@ class SampleStoring : public testing::Test {
   /// The bytes that the store moves to a handle.
   std::vector<char> moved() {
     EmptyingHandle handle;
+    m_store.prepareToMove(handle, 0);
     m_store.moveTo(handle);
     handle.flush();
     m_flushes = handle.flushes;

@@ -1,8 +1,7 @@
 #include "writers/binarywriter_plugin/binary_writer.h"
 
-#include <set>
-
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
+#include "writers/capability.h"
 #include "writers/without_exception.h"
 
 namespace {
@@ -12,11 +11,11 @@ constexpr const char* kGuid = "c3b1f91c-4a80-11e9-8261-001e67ca31ce";
 }  // namespace
 
 BinaryWriter::BinaryWriter() : WriterPlugin(kGuid) {
-  auto capability = std::make_unique<pwr::WriterPluginCapability>(
-      std::set<pwr::TableClass>{}, "bin", "Write data in a proprietary binary format (.qmbin)",
-      ".qmbin", true);
-  capability->m_flags |= pwr::PluginCapability::kFlagHostInterpreted;
-  addCapability(capability.release());
+  declareCapability(*this, {.option = "bin",
+                            .description = "Write data in a proprietary binary format (.qmbin)",
+                            .suffix = ".qmbin",
+                            .flags = pwr::PluginCapability::kFlagContinuous |
+                                     pwr::PluginCapability::kFlagHostInterpreted});
 }
 
 BinaryWriter::~BinaryWriter() = default;

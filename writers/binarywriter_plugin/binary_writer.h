@@ -12,10 +12,10 @@
 /// file of its first use only. docs/qmbin.md tells the format.
 ///
 /// Nothing is written before the end or a flush. Until then names stand in memory, and all samples
-/// but the last in a temp file. The files are made by the host's output handles, which also report
-/// what they cannot write; a large result goes through its handle's buffer in several flushes. Want
-/// of memory fails the call, 1, or 0 for a flush, and what came before is kept. One thread at a
-/// time.
+/// but the last block of them in a temp file. The files are made by the host's output handles,
+/// which also report what they cannot write; a large result goes through its handle's buffer in
+/// several flushes. Want of memory fails the call, 1, or 0 for a flush, and what came before is
+/// kept. One thread at a time.
 class BinaryWriter final : public WriterPlugin {
  public:
   BinaryWriter();
@@ -26,8 +26,9 @@ class BinaryWriter final : public WriterPlugin {
   int init(const std::string& name, bool continuous) override;
 
   /// Writes all that came since the last call to `<base>.qmbin` and returns 0. A second collection
-  /// of the same writer goes behind the first. In continuous mode nothing is written, what was not
-  /// flushed is lost, and what the host's unnamed output handle returns at its end is returned.
+  /// of the same writer goes behind the first. In continuous mode nothing is written: what was not
+  /// flushed waits for another flush, and is lost with the writer. What the host's unnamed output
+  /// handle returns at its end is returned.
   int fini() override;
 
   /// Writes the next file of the series. Returns 1 when that was done, and 0 when nothing was

@@ -17,12 +17,15 @@ using pwr::bin::MsgType;
 /// Longer names of files are cut.
 constexpr std::size_t kFileNameSize = 1024;
 
-/// The name of the next file: series of one process share their numbers.
-std::string seriesFileName(const std::string& base) {
+/// The number of the next file: series of one process share their numbers.
+int& seriesNumber() {
   static int num = 0;
+  return num;
+}
+
+std::string seriesFileName(const std::string& base) {
   std::array<char, kFileNameSize> name{};
-  pw_snprintf(name.data(), name.size(), "%s_%d.qmbin", base.c_str(), num);
-  ++num;
+  pw_snprintf(name.data(), name.size(), "%s_%d.qmbin", base.c_str(), seriesNumber());
   return name.data();
 }
 
@@ -86,16 +89,23 @@ bool BinaryWriter::Impl::flushResults_i(const pwr::SystemMetadata* flushMetadata
   }
   flushBuffers_i(*output);
   output->flush();
-  output->m_buffer = {};
+  pwr::bin::freeMemory(output->m_buffer);
   output->m_pendingBytes = 0;
   output->close();
+  // A flush that failed midway goes on in the same file when it is tried again.
+  seriesNumber() += continuousFlush ? 1 : 0;
   return true;
 }
 
 void BinaryWriter::Impl::flushBuffers_i(pwr::Logger& output) {
+  std::size_t size = output.m_buffer.size();
+  for (const auto& [type, records] : buffers) {
+    size += records.size();
+  }
+  m_samples.prepareToMove(output, size);
   for (auto& [type, records] : buffers) {
     pwr::bin::appendBytes(output.m_buffer, records);
-    records = {};
+    pwr::bin::freeMemory(records);
   }
   m_samples.moveTo(output);
 }

@@ -56,11 +56,11 @@ class BinaryWriter::Impl {
 
   Sampling samplingOf(const pwr::Metric& metric) const;
   /// Microseconds.
-  std::uint64_t durationOf(const Sampling& sampling, const pwr::DataElement& element) const;
+  inline std::uint64_t durationOf(const Sampling& sampling, const pwr::DataElement& element) const;
   /// Sets `value`, which is 0, to what the file tells of `data`. Returns 0, or 1 with a warning for
   /// a sampled value whose handle says that it is a descriptor and is none, or is null.
-  static int readValue(const Sampling& sampling, const pwr::Data& data, std::uint64_t duration,
-                       double& value);
+  static inline int readValue(const Sampling& sampling, const pwr::Data& data,
+                              std::uint64_t duration, double& value);
   /// The same for all but reals.
   static int readRareValue(const Sampling& sampling, const pwr::Data& data, std::uint64_t duration,
                            double& value);
@@ -78,16 +78,17 @@ class BinaryWriter::Impl {
     return recent != 0 ? recent : addDescriptor(descriptor);
   }
   std::uint16_t addDescriptor(const pwr::DataDescriptor* descriptor);
-  std::uint16_t getEntityIdx_i(const pwr::EntityHandle* entity);
+  inline std::uint16_t getEntityIdx_i(const pwr::EntityHandle* entity);
   std::uint16_t addEntity(const pwr::EntityHandle* entity);
-  std::uint16_t getStateIdx_i(const pwr::DataDescriptor* descriptor, std::uint16_t descriptorIndex);
-  std::uint16_t readStateIdx(const pwr::DataDescriptor* descriptor);
+  inline std::uint16_t getStateIdx_i(const pwr::DataDescriptor* descriptor,
+                                     std::uint16_t descriptorIndex);
+  inline std::uint16_t readStateIdx(const pwr::DataDescriptor* descriptor);
   /// Of the state in `m_state`.
   std::uint16_t addState();
   /// Sets `out` to the state that the descriptor of an element stands for; empty for null. Only
   /// deltas are named after their states, so the states that traced values hold are of no interest
   /// here.
-  static void getState_i(const pwr::DataDescriptor* descriptor, std::string& out);
+  static inline void getState_i(const pwr::DataDescriptor* descriptor, std::string& out);
   static std::string getTypeString_i(pwr::Metric::MetricType type);
   /// Returns 0, or 1 and leaves `out` alone when there is no attribute in the first place, or none
   /// that has a text.
@@ -97,11 +98,12 @@ class BinaryWriter::Impl {
   // Records of names. Each appends one record, behind those of the texts that it needs.
   void createStringStoreMeta_i(const std::string& text, std::uint16_t index);
   void createDescriptorMeta_i(const pwr::DataDescriptor* descriptor, std::uint16_t index);
-  void createMetricMeta_i(const pwr::Metric& metric);
+  /// Only makes the record.
+  Record createMetricMeta_i(const pwr::Metric& metric);
   /// Appends nothing when the processor is not known.
   void createSystemMeta_i(const pwr::SystemMetadata& system);
-  void packMetricTexts(const pwr::Metric& metric);
-  Record packColumns(const pwr::Metric& metric);
+  void packMetricTexts(const pwr::Metric& metric, Record& record);
+  void packColumns(const pwr::Metric& metric, Record& record);
   void packProcessor(const pwr::CPUMetadata& processor);
   void packSystemTexts(const pwr::SystemMetadata& system, const pwr::CPUMetadata& processor);
 
@@ -133,6 +135,8 @@ class BinaryWriter::Impl {
   pwr::bin::RecentIndex<const pwr::EntityHandle*> m_entityNames;
   pwr::bin::RecentIndex<const pwr::DataDescriptor*> m_descriptors;
   pwr::bin::RecentIndex<std::string> m_stateNames;
+  /// The ids of metrics that were told, with a 1 each.
+  pwr::bin::RecentIndex<std::uint32_t> m_toldMetrics;
   /// The state that was read last. Kept for its memory.
   std::string m_state;
 

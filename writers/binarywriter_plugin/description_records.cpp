@@ -17,45 +17,42 @@ std::string BinaryWriter::Impl::getTypeString_i(pwr::Metric::MetricType type) {
       static_cast<pwr::Metric::MetricType>(static_cast<std::uint64_t>(type) & 0xFFU));
 }
 
-void BinaryWriter::Impl::createMetricMeta_i(const pwr::Metric& metric) {
-  packMetricTexts(metric);
-  const Record columns = packColumns(metric);
-  setField(metricMessage, kEntityCount, static_cast<std::uint16_t>(metric.entities.size()));
-  setField(metricMessage, kMetadataCount, static_cast<std::uint16_t>(metric.metadataValues.size()));
-  setLength(metricMessage, kMetricFixedSize + columns.size());
-  std::vector<char>& metrics = buffers[MsgType::Metric];
-  appendBytes(metrics, metricMessage);
-  appendBytes(metrics, columns);
+BinaryWriter::Impl::Record BinaryWriter::Impl::createMetricMeta_i(const pwr::Metric& metric) {
+  Record record = metricMessage;
+  packMetricTexts(metric, record);
+  packColumns(metric, record);
+  setField(record, kEntityCount, static_cast<std::uint16_t>(metric.entities.size()));
+  setField(record, kMetadataCount, static_cast<std::uint16_t>(metric.metadataValues.size()));
+  setLength(record, record.size() - kHeadSize);
+  return record;
 }
 
-void BinaryWriter::Impl::packMetricTexts(const pwr::Metric& metric) {
-  setField(metricMessage, kMetricId, metric.metricId);
-  setField(metricMessage, kGroupName, getStringStoreIdx_i(metric.groupName));
-  setField(metricMessage, kMetricName, getStringStoreIdx_i(metric.name));
-  setField(metricMessage, kTypeName, getStringStoreIdx_i(getTypeString_i(metric.metricType)));
+void BinaryWriter::Impl::packMetricTexts(const pwr::Metric& metric, Record& record) {
+  setField(record, kMetricId, metric.metricId);
+  setField(record, kGroupName, getStringStoreIdx_i(metric.groupName));
+  setField(record, kMetricName, getStringStoreIdx_i(metric.name));
+  setField(record, kTypeName, getStringStoreIdx_i(getTypeString_i(metric.metricType)));
   if (metric.quantity == nullptr) {
     // What the last quantity left stays there, its flag too: the format's readers know.
     return;
   }
-  setField(metricMessage, kQuantityName, getStringStoreIdx_i(metric.quantity->toQuantityString()));
-  setField(metricMessage, kUnits, getStringStoreIdx_i(metric.quantity->toUnitsString()));
-  setField(metricMessage, kHasQuantity, std::uint16_t{1});
+  setField(record, kQuantityName, getStringStoreIdx_i(metric.quantity->toQuantityString()));
+  setField(record, kUnits, getStringStoreIdx_i(metric.quantity->toUnitsString()));
+  setField(record, kHasQuantity, std::uint16_t{1});
 }
 
-BinaryWriter::Impl::Record BinaryWriter::Impl::packColumns(const pwr::Metric& metric) {
-  Record columns;
+void BinaryWriter::Impl::packColumns(const pwr::Metric& metric, Record& record) {
   for (const auto& [entity, descriptor] : metric.entities) {
     const std::uint16_t name =
         entity == nullptr ? std::uint16_t{0} : getStringStoreIdx_i(entity->getName());
     const std::uint32_t descriptorIndex = getDescriptorIdx_i(descriptor);
-    appendField(columns, descriptorIndex << 16U | name);
+    appendField(record, descriptorIndex << 16U | name);
   }
   for (const pwr::Data& item : metric.metadataValues) {
     std::string text;
     item.toFormattedString(text);
-    appendField(columns, getStringStoreIdx_i(text));
+    appendField(record, getStringStoreIdx_i(text));
   }
-  return columns;
 }
 
 void BinaryWriter::Impl::createSystemMeta_i(const pwr::SystemMetadata& system) {
@@ -68,7 +65,8 @@ void BinaryWriter::Impl::createSystemMeta_i(const pwr::SystemMetadata& system) {
   }
   packProcessor(*processor);
   packSystemTexts(system, *processor);
-  appendBytes(buffers[MsgType::System], systemMessage);
+  // Not behind what a flush that failed has left.
+  buffers[MsgType::System] = systemMessage;
 }
 
 void BinaryWriter::Impl::packProcessor(const pwr::CPUMetadata& processor) {

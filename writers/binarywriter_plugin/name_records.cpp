@@ -1,4 +1,6 @@
 // Numbers of texts, descriptors and states, and the records that tell them.
+#include <algorithm>
+
 #include "host/attributes.h"
 #include "host/handles.h"
 #include "host/metric.h"
@@ -13,8 +15,9 @@ std::uint16_t BinaryWriter::Impl::getStringStoreIdx_i(const std::string& text) {
   std::uint16_t& index = stringIndices[text];
   if (index == 0) {
     // Numbers have 16 bits: after 65535 they begin anew, and the number 0 is as good as none.
-    index = ++stringCount;
-    createStringStoreMeta_i(text, index);
+    const auto next = static_cast<std::uint16_t>(stringCount + 1);
+    createStringStoreMeta_i(text, next);
+    stringCount = index = next;
   }
   return index;
 }
@@ -23,16 +26,17 @@ void BinaryWriter::Impl::createStringStoreMeta_i(const std::string& text, std::u
   setField(stringMessage, pwr::bin::kStringIndex, index);
   setField(stringMessage, pwr::bin::kStringLength, static_cast<std::uint16_t>(text.size()));
   pwr::bin::setLength(stringMessage, pwr::bin::kStringFixedSize + text.size());
-  std::vector<char>& strings = buffers[MsgType::String];
-  pwr::bin::appendBytes(strings, stringMessage);
-  strings.insert(strings.end(), text.begin(), text.end());
+  char* const at = pwr::bin::grow(buffers[MsgType::String], stringMessage.size() + text.size());
+  std::copy(text.begin(), text.end(), std::copy(stringMessage.begin(), stringMessage.end(), at));
 }
 
 std::uint16_t BinaryWriter::Impl::addDescriptor(const pwr::DataDescriptor* descriptor) {
   std::uint16_t& index = descriptorIndices[descriptor];
   if (index == 0) {
-    index = static_cast<std::uint16_t>(++descriptorCount);
-    createDescriptorMeta_i(descriptor, index);
+    const auto next = static_cast<std::uint16_t>(descriptorCount + 1);
+    createDescriptorMeta_i(descriptor, next);
+    ++descriptorCount;
+    index = next;
   }
   m_descriptors.add(descriptor, index);
   return index;

@@ -1,6 +1,7 @@
 // Records of a .qmbin file, packed field by field.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -40,6 +41,23 @@ void appendField(std::vector<char>& record, Number value) {
   record.resize(record.size() + sizeof(Number));
   packNumber(value, record.data() + record.size() - sizeof(Number));
 }
+
+/// Makes `bytes` longer by `count` and returns where they begin. Throws `std::bad_alloc`; `bytes`
+/// is as it was then.
+inline char* grow(std::vector<char>& bytes, std::size_t count) {
+  bytes.resize(bytes.size() + count);
+  return bytes.data() + (bytes.size() - count);
+}
+
+/// Sees to room for `count` bytes more. Throws `std::bad_alloc`.
+inline void reserveMore(std::vector<char>& bytes, std::size_t count) {
+  if (bytes.capacity() - bytes.size() < count) {
+    bytes.reserve(std::max(2 * bytes.capacity(), bytes.size() + count));
+  }
+}
+
+/// Empties `bytes` and gives their memory back.
+inline void freeMemory(std::vector<char>& bytes) { std::vector<char>().swap(bytes); }
 
 inline void appendBytes(std::vector<char>& out, const std::vector<char>& bytes) {
   out.insert(out.end(), bytes.begin(), bytes.end());

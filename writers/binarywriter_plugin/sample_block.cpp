@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "writers/binarywriter_plugin/binary_format.h"
-#include "writers/binarywriter_plugin/records.h"
 
 namespace pwr::bin {
 
@@ -11,25 +10,56 @@ namespace {
 
 constexpr std::size_t kBlockSampleCount = 4;
 
-constexpr std::size_t kRunMetric = 8;
-constexpr std::size_t kRunCount = 12;
-constexpr std::size_t kRunRowEnd = 16;
+constexpr std::size_t kRunRow = 8;
+constexpr std::size_t kRunCount = 10;
+/// Rows are found by units of so many bytes.
+constexpr std::size_t kUnit = 4;
+/// Metrics whose messages fail with the first element have no samples, but rows.
+constexpr std::size_t kMostRows = 0xFFFF;
 
-std::uint32_t small(std::size_t number) { return static_cast<std::uint32_t>(number); }
+static_assert(SampleBlock::kSize / kUnit <= 0x10000, "the place of a row has 16 bits");
+static_assert(SampleBlock::kMostSamples <= 0xFFFF, "the samples of a run have 16 bits");
 
-/// Writes the records of one run to `out`, and returns the place behind them. The fields that a
-/// waiting sample has stand in a record as they are.
-char* writeRun(const char* run, std::size_t count, const char* row, char* record, char* out) {
-  std::memcpy(record + kHeadSize + kTimestamp, run, kRunMetric);
-  std::memcpy(record + kHeadSize + kSampleMetricId, run + kRunMetric, kRunCount - kRunMetric);
-  const char* numbers = run + SampleBlock::kRunHeadSize;
-  for (std::size_t i = 0; i < count; ++i) {
+/// The head of a record and three bytes that are written over: one store instead of two.
+constexpr std::uint32_t kRecordHead = kSampleSize | static_cast<std::uint32_t>(MsgType::Sample)
+                                                        << 16U;
+
+/// One run of a block.
+struct Run {
+  explicit Run(const char* at)
+      : head(at),
+        rowPlace(unpackNumber<std::uint16_t>(at + kRunRow) * kUnit),
+        count(unpackNumber<std::uint16_t>(at + kRunCount)) {}
+
+  const char* samples() const { return head + SampleBlock::kRunHeadSize; }
+  const char* end() const { return samples() + count * SampleBlock::kNumbersSize; }
+  /// The bytes below the end of the block that the row needs.
+  std::size_t rowEnd() const {
+    return rowPlace + SampleBlock::kRowHeadSize + count * SampleBlock::kNamesSize;
+  }
+
+  const char* head;
+  std::size_t rowPlace;
+  std::size_t count;
+};
+
+std::size_t frontSize(const char* block) { return unpackNumber<std::uint32_t>(block); }
+
+/// Writes the records of one run to `out`, and returns the place behind them.
+char* writeRun(const Run& run, const char* row, char* out) {
+  const auto timestamp = unpackNumber<std::uint64_t>(run.head);
+  row -= SampleBlock::kRowHeadSize;
+  const auto metricId = unpackNumber<std::uint32_t>(row);
+  for (const char* sample = run.samples(); sample != run.end();
+       sample += SampleBlock::kNumbersSize) {
     row -= SampleBlock::kNamesSize;
-    std::memcpy(out, record, kSampleRecordSize);
-    std::memcpy(out + kHeadSize + kSampleDuration, numbers, 4);
-    std::memcpy(out + kHeadSize + kSampleName, row, SampleBlock::kNamesSize);
-    std::memcpy(out + kHeadSize + kSampleValue, numbers + 4, 4);
-    numbers += SampleBlock::kNumbersSize;
+    packNumber(kRecordHead, out);
+    char* const payload = out + kHeadSize;
+    packNumber(timestamp, payload + kTimestamp);
+    std::memcpy(payload + kSampleDuration, sample, 4);
+    packNumber(metricId, payload + kSampleMetricId);
+    std::memcpy(payload + kSampleName, row, SampleBlock::kNamesSize);
+    std::memcpy(payload + kSampleValue, sample + 4, 4);
     out += kSampleRecordSize;
   }
   return out;
@@ -37,46 +67,84 @@ char* writeRun(const char* run, std::size_t count, const char* row, char* record
 
 }  // namespace
 
-void SampleBlock::startRun(std::uint64_t timestamp, std::uint32_t metricId) {
-  m_run = m_front;
-  m_rowEnd = m_back;
+bool SampleBlock::startRun(std::uint64_t timestamp, std::uint32_t metricId) {
+  if (room() < kRunHeadSize + kRowHeadSize + kNumbersSize + kNamesSize ||
+      m_rows.size() == kMostRows) {
+    return false;
+  }
+  m_rowNumber = m_rowNumbers.find(metricId);
+  if (m_rowNumber == 0) {
+    m_rowNumber = addRow(metricId);
+  }
+  m_row = m_rows[m_rowNumber - 1U];
   m_metricId = metricId;
-  packNumber(metricId, packNumber(timestamp, m_run));
-  m_front += kRunHeadSize;
+  m_run = m_front;
+  m_front = packNumber(timestamp, m_run) + (kRunHeadSize - sizeof timestamp);
+  m_isOwnRow = false;
+  m_names = m_bytes.data() + kSize - m_row.place * kUnit - kRowHeadSize;
+  m_namesEnd = m_names - m_row.count * kNamesSize;
+  return true;
+}
+
+bool SampleBlock::addNames(std::uint32_t names) {
+  if (!m_isOwnRow && !startOwnRow()) {
+    return false;
+  }
+  if (room() < kNumbersSize + kNamesSize) {
+    return false;
+  }
+  m_back -= kNamesSize;
+  packNumber(names, m_back);
+  m_namesEnd = m_back;
+  return true;
+}
+
+/// The samples so far have the names of the metric's last row: they begin the new one.
+bool SampleBlock::startOwnRow() {
+  const std::size_t size = runCount() * kNamesSize;
+  if (room() < kRowHeadSize + size + kNumbersSize + kNamesSize) {
+    return false;
+  }
+  m_row.place = static_cast<std::uint16_t>((m_bytes.data() + kSize - m_back) / kUnit);
+  m_back -= kRowHeadSize;
+  packNumber(m_metricId, m_back);
+  m_back -= size;
+  if (size > 0) {
+    std::memcpy(m_back, m_names, size);
+  }
+  m_names = m_namesEnd = m_back;
+  m_isOwnRow = true;
+  return true;
 }
 
 void SampleBlock::endRun() {
   if (m_run == nullptr) {
     return;
   }
-  const auto size = static_cast<std::size_t>(m_rowEnd - m_back);
-  if (size == 0) {
+  const std::size_t count = runCount();
+  if (count == 0) {
     m_front = m_run;
-    m_run = nullptr;
-    return;
-  }
-  Row& known = rowOf(m_metricId);
-  if (size <= known.size && std::memcmp(&m_bytes[known.end - size], m_back, size) == 0) {
-    m_back = m_rowEnd;
   } else {
-    known = {placeOf(m_rowEnd), size};
+    packNumber(m_row.place, m_run + kRunRow);
+    packNumber(static_cast<std::uint16_t>(count), m_run + kRunCount);
+    m_sampleCount += count;
   }
-  packNumber(small(size / kNamesSize), m_run + kRunCount);
-  packNumber(small(known.end), m_run + kRunRowEnd);
-  m_sampleCount += size / kNamesSize;
+  if (m_isOwnRow) {
+    m_row.count = static_cast<std::uint16_t>(count);
+    m_rows[m_rowNumber - 1U] = m_row;
+  }
   m_run = nullptr;
 }
 
-SampleBlock::Row& SampleBlock::rowOf(std::uint32_t metricId) {
-  static_assert(kSize / (kRunHeadSize + kNumbersSize + kNamesSize) < 0xFFFF,
-                "the number of a row has 16 bits");
-  std::uint16_t number = m_rowNumbers.find(metricId);
-  if (number == 0) {
-    m_rows.push_back({});
-    number = static_cast<std::uint16_t>(m_rows.size());
-    m_rowNumbers.add(metricId, number);
-  }
-  return m_rows[number - 1U];
+std::uint16_t SampleBlock::addRow(std::uint32_t metricId) {
+  m_rows.push_back({});
+  const auto number = static_cast<std::uint16_t>(m_rows.size());
+  m_rowNumbers.add(metricId, number);
+  return number;
+}
+
+std::size_t SampleBlock::runCount() const {
+  return static_cast<std::size_t>(m_front - m_run - kRunHeadSize) / kNumbersSize;
 }
 
 void SampleBlock::clear() {
@@ -86,7 +154,7 @@ void SampleBlock::clear() {
 
 void SampleBlock::release() {
   reset(nullptr, nullptr);
-  m_bytes = {};
+  std::vector<char>().swap(m_bytes);
 }
 
 void SampleBlock::reset(char* front, char* back) {
@@ -99,8 +167,29 @@ void SampleBlock::reset(char* front, char* back) {
 }
 
 const char* SampleBlock::seal() {
-  packNumber(small(m_sampleCount), packNumber(small(placeOf(m_front)), m_bytes.data()));
+  const auto front = static_cast<std::uint32_t>(m_front - m_bytes.data());
+  packNumber(static_cast<std::uint32_t>(m_sampleCount), packNumber(front, m_bytes.data()));
   return m_bytes.data();
+}
+
+bool isWhole(const char* block) {
+  const std::size_t front = frontSize(block);
+  if (front < SampleBlock::kHeadSize || front > SampleBlock::kSize) {
+    return false;
+  }
+  const char* const end = block + front;
+  const char* at = block + SampleBlock::kHeadSize;
+  std::size_t samples = 0;
+  while (static_cast<std::size_t>(end - at) >= SampleBlock::kRunHeadSize) {
+    const Run run(at);
+    const auto room = static_cast<std::size_t>(end - run.samples());
+    if (run.count * SampleBlock::kNumbersSize > room || run.rowEnd() > SampleBlock::kSize - front) {
+      return false;
+    }
+    samples += run.count;
+    at = run.end();
+  }
+  return at == end && samples == sampleCount(block);
 }
 
 std::size_t sampleCount(const char* block) {
@@ -108,13 +197,11 @@ std::size_t sampleCount(const char* block) {
 }
 
 void writeRecords(const char* block, char* out) {
-  std::vector<char> record = makeRecord(MsgType::Sample, kSampleSize);
-  const char* const end = block + unpackNumber<std::uint32_t>(block);
-  for (const char* run = block + SampleBlock::kHeadSize; run < end;) {
-    const std::size_t count = unpackNumber<std::uint32_t>(run + kRunCount);
-    const char* const row = block + unpackNumber<std::uint32_t>(run + kRunRowEnd);
-    out = writeRun(run, count, row, record.data(), out);
-    run += SampleBlock::kRunHeadSize + count * SampleBlock::kNumbersSize;
+  const char* const end = block + frontSize(block);
+  for (const char* at = block + SampleBlock::kHeadSize; at != end;) {
+    const Run run(at);
+    out = writeRun(run, block + SampleBlock::kSize - run.rowPlace, out);
+    at = run.end();
   }
 }
 

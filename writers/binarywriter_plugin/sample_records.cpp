@@ -1,5 +1,7 @@
-// How the elements of a message become samples. All that runs per sample stands here, in one piece:
-// nothing else of this writer counts in a long collection.
+// How the elements of a message become samples. What runs per sample stands here and, inline, in
+// SampleBlock and RecentIndex: nothing else of this writer counts in a long collection.
+#include <algorithm>
+
 #include "client/src/common/pw_log.h"
 #include "client/src/common/real_to_integer.h"
 #include "host/data.h"
@@ -7,6 +9,7 @@
 #include "host/metric.h"
 #include "host/pwset.h"
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
+#include "writers/binarywriter_plugin/records.h"
 #include "writers/sample_reading.h"
 
 namespace {
@@ -35,6 +38,9 @@ bool isState(const pwr::Data& data, bool& failed) {
 
 int BinaryWriter::Impl::writeMessage(const pwr::Metric& metric) {
   const pwr::SampleData& sample = metric.getData();
+  if (sample.elements.empty()) {
+    return 0;
+  }
   const Sampling sampling = samplingOf(metric);
   bool isMetricTold = false;
   m_statesRead.reset();
@@ -49,7 +55,9 @@ int BinaryWriter::Impl::writeMessage(const pwr::Metric& metric) {
       return 1;
     }
     if (!isMetricTold) {
-      tellMetric(metric);
+      if (m_toldMetrics.find(metric.metricId) == 0) {
+        tellMetric(metric);
+      }
       isMetricTold = true;
     }
     const std::uint16_t nameIndex = sampling.type == pwr::Metric::SAMPLED_DELTA
@@ -103,9 +111,17 @@ int BinaryWriter::Impl::readRareValue(const Sampling& sampling, const pwr::Data&
 }
 
 void BinaryWriter::Impl::tellMetric(const pwr::Metric& metric) {
-  if (metricsWithMetadataSent().add(metric.metricId)) {
-    createMetricMeta_i(metric);
+  pwr::PWSet<std::uint32_t>& told = metricsWithMetadataSent();
+  if (!told.contains(metric.metricId)) {
+    const Record record = createMetricMeta_i(metric);
+    std::vector<char>& records = buffers[pwr::bin::MsgType::Metric];
+    pwr::bin::reserveMore(records, record.size());
+    told.add(metric.metricId);
+    // Nothing fails from here on: a metric that counts as told is.
+    pwr::bin::appendBytes(records, record);
+    std::copy_n(record.begin(), metricMessage.size(), metricMessage.begin());
   }
+  m_toldMetrics.add(metric.metricId, 1);
 }
 
 inline std::uint16_t BinaryWriter::Impl::getEntityIdx_i(const pwr::EntityHandle* entity) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "client/src/common/pw_files.h"
 
@@ -76,7 +77,7 @@ bool SpilledBlocks::open() {
   }
   // Blocks go to the file as they are; a failure then shows at once.
   std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
-  m_path = path;
+  m_path = std::move(path);
   return true;
 }
 

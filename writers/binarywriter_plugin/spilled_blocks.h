@@ -4,11 +4,11 @@
 #include <sys/types.h>
 
 #include <cstddef>
-#include <cstdio>
 #include <deque>
-#include <memory>
 #include <string>
 #include <vector>
+
+#include "client/src/common/owned.h"
 
 namespace pwr::bin {
 
@@ -37,10 +37,6 @@ class SpilledBlocks {
   const std::string& path() const { return m_path; }
 
  private:
-  struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-
   bool open();
   bool appendToFile(const char* block);
   bool takeFromFile(std::size_t number, char* out);
@@ -48,7 +44,7 @@ class SpilledBlocks {
 
   std::size_t m_blockSize;
   std::string m_path;
-  std::unique_ptr<std::FILE, Closer> m_file;
+  OwnedFile m_file;
   /// Numbers of blocks in the file.
   std::size_t m_firstOnDisk = 0;
   std::size_t m_endOnDisk = 0;

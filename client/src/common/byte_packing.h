@@ -32,6 +32,10 @@ char* packNumber(Unsigned value, char* at) {
 template <std::unsigned_integral Unsigned>
 Unsigned unpackNumber(const char* at) {
   Unsigned value = 0;
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(&value, at, sizeof value);
+    return value;
+  }
   for (std::size_t i = sizeof(Unsigned); i-- > 0;) {
     value = static_cast<Unsigned>(value << 8U | static_cast<unsigned char>(at[i]));
   }
