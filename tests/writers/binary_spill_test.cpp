@@ -26,10 +26,9 @@ using testing::SizeIs;
 
 constexpr std::size_t kRecordSize = 27;
 /// Of one message.
-constexpr std::size_t kBlockRecords =
-    (SampleBlock::kSize - SampleBlock::kHeadSize - SampleBlock::kRunHeadSize -
-     SampleBlock::kRowHeadSize) /
-    (SampleBlock::kNumbersSize + SampleBlock::kNamesSize);
+constexpr std::size_t kBlockRecords = (SampleBlock::kSize - SampleBlock::kHeadSize -
+                                       SampleBlock::kRunHeadSize - SampleBlock::kRowHeadSize) /
+                                      (SampleBlock::kNumbersSize + SampleBlock::kNamesSize);
 
 /// Samples are numbered: their values are 0, 1, 2 …
 class BinarySpill : public BinaryResult {
@@ -152,6 +151,32 @@ TEST_F(BinarySpill, MemoryHoldsWhatAFullDiskDoesNotTake) {
   EXPECT_THAT(m_log.errors(), IsEmpty());
 }
 
+TEST_F(BinarySpill, MemoryHoldsAllThatComesBehindWhatAFullDiskRefused) {
+  start();
+  {
+    const FullDisk disk(SampleBlock::kSize * 3 / 2);
+    addSamples(2 * kBlockRecords + 1);
+  }
+  addSamples(2 * kBlockRecords);  // The disk would take these.
+  EXPECT_EQ(m_writer.fini(), 0);
+  EXPECT_EQ(valuesIn("run.qmbin"), numbers(0, 4 * kBlockRecords + 1));
+}
+
+TEST_F(BinarySpill, BlockThatSomebodyChangedIsLost) {
+  start();
+  addSamples(2 * kBlockRecords + 1);
+  ASSERT_THAT(tempFiles(), SizeIs(1));
+  {
+    std::fstream file(tempFiles()[0], std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(SampleBlock::kHeadSize + 10);
+    file.write("\xff\xff", 2);  // The number of samples of the first run.
+  }
+  EXPECT_EQ(m_writer.fini(), 0);
+  EXPECT_EQ(valuesIn("run.qmbin"), numbers(kBlockRecords, 2 * kBlockRecords + 1));
+  ASSERT_THAT(m_log.errors(), SizeIs(1));
+  EXPECT_THAT(m_log.errors()[0].second, HasSubstr("Cannot read back 1 of 2 blocks of samples"));
+}
+
 TEST_F(BinarySpill, BlocksThatCannotBeReadBackAreOneErrorAndTheRestIsWritten) {
   start();
   addSamples(2 * kBlockRecords + 1);
@@ -175,6 +200,7 @@ TEST_F(BinarySpill, HandleIsLeftEmpty) {
   addSamples(kBlockRecords + 1);
   EXPECT_EQ(m_writer.fini(), 0);
   EXPECT_THAT(handle->m_buffer, IsEmpty());
+  EXPECT_EQ(handle->m_buffer.capacity(), 0U) << "a series has a handle for each of its files";
   EXPECT_EQ(handle->m_pendingBytes, 0U);
 }
 

@@ -46,6 +46,15 @@ TEST_F(BinaryWriterLife, FileIsMadeAtTheEnd) {
   EXPECT_THAT(recordsOfType("04", "run.qmbin"), SizeIs(1));
 }
 
+TEST_F(BinaryWriterLife, FileIsReleasedAtTheEnd) {
+  start();
+  EXPECT_EQ(m_writer.fini(), 0);
+  for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code ignored;
+    EXPECT_NE(std::filesystem::read_symlink(open.path(), ignored), m_directory.file("run.qmbin"));
+  }
+}
+
 TEST_F(BinaryWriterLife, RunWithoutAnythingLeavesAnEmptyFile) {
   ASSERT_EQ(m_writer.init(m_directory.file("run"), false), 0);
   EXPECT_EQ(m_writer.fini(), 0);

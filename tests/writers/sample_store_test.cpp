@@ -38,7 +38,7 @@ class EmptyingHandle : public pwr::Logger {
 
   void flush() override {
     flushed.insert(flushed.end(), m_buffer.begin(), m_buffer.end());
-    m_buffer = {};
+    std::vector<char>().swap(m_buffer);
     ++flushes;
   }
 
@@ -140,6 +140,57 @@ TEST_F(SampleStoring, BeginsAnewWhenItWasEmptied) {
   m_expected.clear();
   add(2, 7, {{5, 6, 7, 8}});
   EXPECT_EQ(moved(), m_expected);
+}
+
+TEST_F(SampleStoring, MetricsWithoutSamplesDoNotUseUpABlock) {
+  // As of messages that fail with their first element; more than a block has numbers for.
+  for (std::uint32_t id = 0; id < 70'000; ++id) {
+    add(id, id, {});
+  }
+  add(1, 70'000, {{1, 2, 3, 4}});
+  EXPECT_EQ(moved(), m_expected);
+}
+
+class Blocks : public testing::Test {
+ protected:
+  Blocks() {
+    m_block.clear();
+    for (std::uint32_t i = 0; i < 6; ++i) {
+      m_block.startRun(i, i % 2);
+      m_block.append(1, 2, 3, 4);
+      m_block.append(5, static_cast<std::uint16_t>(i / 3), 7, 8);
+      m_block.endRun();
+    }
+    const char* const bytes = m_block.seal();
+    m_bytes.assign(bytes, bytes + SampleBlock::kSize);
+  }
+
+  SampleBlock m_block;
+  std::vector<char> m_bytes;
+};
+
+TEST_F(Blocks, AreWholeAsTheyCome) {
+  EXPECT_TRUE(pwr::bin::isWhole(m_bytes.data()));
+  EXPECT_EQ(pwr::bin::sampleCount(m_bytes.data()), 12U);
+}
+
+TEST_F(Blocks, OfZerosAreNotWhole) {
+  EXPECT_FALSE(pwr::bin::isWhole(std::vector<char>(SampleBlock::kSize).data()));
+}
+
+RC_GTEST_FIXTURE_PROP(Blocks, AreReadWithinTheirBoundsWhateverChangesThem, ()) {
+  const auto changes = *rc::gen::inRange(1, 4);
+  for (int i = 0; i < changes; ++i) {
+    // The heads, the runs and the rows.
+    const auto place = *rc::gen::inRange<std::size_t>(0, 200);
+    const bool isAtTheEnd = *rc::gen::inRange(0, 4) == 0;
+    m_bytes[isAtTheEnd ? SampleBlock::kSize - 1 - place : place] =
+        *rc::gen::element('\0', '\1', '\x7f', '\x80', '\xff');
+  }
+  if (pwr::bin::isWhole(m_bytes.data())) {
+    std::vector<char> records(pwr::bin::sampleCount(m_bytes.data()) * kRecordSize);
+    pwr::bin::writeRecords(m_bytes.data(), records.data());
+  }
 }
 
 /// Few metrics and names, so that messages often bring the names of the last one.
