@@ -105,7 +105,8 @@ bool SampleBlock::startOwnRow() {
   if (room() < kRowHeadSize + size + kNumbersSize + kNamesSize) {
     return false;
   }
-  m_row.place = static_cast<std::uint16_t>((m_bytes.data() + kSize - m_back) / kUnit);
+  const auto used = static_cast<std::size_t>(m_bytes.data() + kSize - m_back);
+  m_row.place = static_cast<std::uint16_t>(used / kUnit);
   m_back -= kRowHeadSize;
   packNumber(m_metricId, m_back);
   m_back -= size;
@@ -144,7 +145,7 @@ std::uint16_t SampleBlock::addRow(std::uint32_t metricId) {
 }
 
 std::size_t SampleBlock::runCount() const {
-  return static_cast<std::size_t>(m_front - m_run - kRunHeadSize) / kNumbersSize;
+  return (static_cast<std::size_t>(m_front - m_run) - kRunHeadSize) / kNumbersSize;
 }
 
 void SampleBlock::clear() {
