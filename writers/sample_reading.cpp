@@ -5,6 +5,7 @@
 #include "host/handles.h"
 #include "host/quantity.h"
 #include "writers/data_text.h"
+#include "writers/held_handle.h"
 
 namespace {
 
@@ -81,18 +82,12 @@ int firstAttributeText(const pwr::AttributeValueManager& attributes, std::string
   return first == attributes.end() ? 1 : getStringFromData_i(&first->second, &out);
 }
 
-const pwr::DataHandle* handleOf(const Data& value) {
-  const pwr::DataHandle* handle = nullptr;
-  static_cast<void>(value.toHandle(handle));
-  return handle;
-}
-
 bool claimsToBeDescriptor(const pwr::DataHandle& handle) {
   return handle.getHandleType() == pwr::DataHandle::kDescriptorType;
 }
 
 HeldDescriptor heldDescriptor(const Data& value) {
-  const pwr::DataHandle* const handle = handleOf(value);
+  const pwr::DataHandle* const handle = handleIn(value);
   if (handle == nullptr || !claimsToBeDescriptor(*handle)) {
     return {};
   }

@@ -30,9 +30,6 @@ inline int namedFirstAttributeText(const pwr::AttributeValueManager& attributes,
   return getStringFromData_i(&first->second, &out);
 }
 
-/// The handle in a value; null when it has none, or a null one.
-const pwr::DataHandle* handleOf(const pwr::Data& value);
-
 /// Whether the handle says that it is a descriptor. One may say so and be none.
 bool claimsToBeDescriptor(const pwr::DataHandle& handle);
 

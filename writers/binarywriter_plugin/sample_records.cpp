@@ -10,6 +10,7 @@
 #include "host/pwset.h"
 #include "writers/binarywriter_plugin/binary_writer_impl.h"
 #include "writers/binarywriter_plugin/records.h"
+#include "writers/held_handle.h"
 #include "writers/sample_reading.h"
 
 namespace {
@@ -27,7 +28,7 @@ bool isState(const pwr::Data& data, bool& failed) {
   if (data.m_tag != pwr::Data::kHandle) {
     return data.m_tag == pwr::Data::kString;
   }
-  const pwr::DataHandle* const handle = handleOf(data);
+  const pwr::DataHandle* const handle = handleIn(data);
   const bool claimed = handle != nullptr && claimsToBeDescriptor(*handle);
   failed =
       handle == nullptr || (claimed && dynamic_cast<const pwr::DataDescriptor*>(handle) == nullptr);
