@@ -1,5 +1,5 @@
 // The JSON writers of a process that runs out of memory in the middle of an operation.
-#include "writers/json_memory.h"
+#include "writers/continuous_writer/json_memory.h"
 
 #include <algorithm>
 #include <cstddef>

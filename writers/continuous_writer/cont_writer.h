@@ -4,7 +4,7 @@
 #include <string>
 
 #include "writers/continuous_writer/continuous_writer.h"
-#include "writers/json_memory.h"
+#include "writers/continuous_writer/json_memory.h"
 
 namespace pwr {
 class CPUMetadata;

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "writers/json_memory.h"
+#include "writers/continuous_writer/json_memory.h"
 
 /// Makes or empties the file, and takes a document through `writer`; `drain` brings what has come
 /// to the file in large blocks, so that the text is never in memory as a whole. Failures stay in
