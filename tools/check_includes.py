@@ -34,7 +34,7 @@ ROOMS = {
 
 # The units of writers/ that every writer may include, and the few that may include one another.
 FRAME_UNITS = {"writer_plugins", "capability", "held_handle", "table_cells", "system_lookup",
-               "without_exception"}
+               "without_exception", "output_handle"}
 # What a sample means and how a value becomes text is the same in the results of these writers.
 SAMPLE_UNITS = {"sample_reading", "data_text"}
 SAMPLE_WRITERS = {"continuous_writer", "json_plugin_helper", "json_plugin", "qmjson_plugin",

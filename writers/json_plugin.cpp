@@ -92,9 +92,10 @@ JSONWriter::JSONWriter() : SeriesWriter(kForm) {}
 JSONWriter::~JSONWriter() = default;
 
 int JSONWriter::fini() {
-  if (continuous) {
-    return finishContinuous();
-  }
+  return finish([this] { writeDocument(); });
+}
+
+void JSONWriter::writeDocument() const {
   const Origin origin;
   JsonFile file(fileName);
   file.startObject();
@@ -108,5 +109,4 @@ int JSONWriter::fini() {
   file.endArray();
   file.endObject();
   file.finish();
-  return 0;
 }

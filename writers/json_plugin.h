@@ -10,9 +10,12 @@ class JSONWriter : public SeriesWriter {
   JSONWriter();
   ~JSONWriter() override;
 
-  /// Returns 0, also when the file cannot be made; in a continuous run what the host's output
-  /// returns.
+  /// Returns 0, also when the file cannot be made, and 1 for want of memory, where the file may
+  /// have a beginning; in a continuous run what the host's output returns.
   int fini() override;
+
+ private:
+  void writeDocument() const;
 };
 
 /// The id of this process.

@@ -6,26 +6,15 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+
+#include <gtest/gtest.h>
 
 namespace qumetra::test {
 
 /// Lets one allocation of this thread fail: the one that comes after `countdown` others, 0 the very
 /// next. It throws `std::bad_alloc`, or returns null in its nothrow form; those after it succeed
-/// again. Nobody counts an action's allocations: try one after the other until none is left to
-/// fail.
-///
-///     bool failed = true;
-///     for (std::size_t countdown = 0; failed; ++countdown) {
-///       Writer writer;
-///       {
-///         const FailingAllocation failing(countdown);
-///         writer.writeMessage(metric);
-///         failed = failing.happened();
-///       }
-///       // Look at the writer here, where memory is to be had again.
-///     }
-///
-/// The end of its life ends the countdown. REQUIRES: no other one lives in this thread.
+/// again. The end of its life ends the countdown. REQUIRES: no other one lives in this thread.
 class FailingAllocation {
  public:
   explicit FailingAllocation(std::size_t countdown);
@@ -36,5 +25,30 @@ class FailingAllocation {
   /// Whether the allocation has come, and failed.
   bool happened() const;
 };
+
+/// Calls `action` while an allocation of it fails, again and again, each time the next
+/// one, until all succeed: so every failure comes once. `check(failed)` is called behind each call,
+/// where memory is to be had again, and last with false. What `action` changes, it has to set up
+/// afresh by `prepare`.
+///
+///     failEachAllocation([&] { writer.emplace(); },
+///                        [&] { status = writer->writeMessage(metric); },
+///                        [&](bool failed) { EXPECT_EQ(status, failed ? 1 : 0); });
+template <typename Prepare, typename Action, typename Check>
+void failEachAllocation(Prepare prepare, Action action, Check check) {
+  bool failed = true;
+  for (std::size_t countdown = 0; failed && !::testing::Test::HasFailure(); ++countdown) {
+    const ::testing::ScopedTrace trace(__FILE__, __LINE__,
+                                       "countdown " + std::to_string(countdown));
+    prepare();
+    {
+      const FailingAllocation failing(countdown);
+      action();
+      failed = failing.happened();
+    }
+    EXPECT_TRUE(failed || countdown > 0) << "there is nothing that can fail";
+    check(failed);
+  }
+}
 
 }  // namespace qumetra::test

@@ -3,6 +3,7 @@
 #include <future>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,27 @@ TEST(FailingAllocation, OtherThreadsAreLeftAlone) {
   armed.set_value();
   EXPECT_NO_THROW(other.get());
   EXPECT_FALSE(failing.happened());
+}
+
+TEST(FailingAllocation, EveryOneOfAnActionFailsOnce) {
+  int done = 0;
+  std::vector<int> doneBeforeFailure;
+  const auto action = [&done] {
+    try {
+      for (done = 0; done < 2; ++done) {
+        allocate();
+      }
+    } catch (const std::bad_alloc&) {
+    }
+  };
+  std::vector<bool> failures;
+  failEachAllocation([&done] { done = 7; }, action,
+                     [&](bool failed) {
+                       failures.push_back(failed);
+                       doneBeforeFailure.push_back(done);
+                     });
+  EXPECT_EQ(doneBeforeFailure, (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(failures, (std::vector<bool>{true, true, false}));
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ TEST_F(ContinuousFlush, FlushWithoutAHostKeepsAllAndUsesNoNumber) {
   m_writer.extension = ".qmjson";
   sampleOf(Metric::SAMPLED_DELTA, Data(1.0));
   PluginEnvironment* const host = std::exchange(g_pluginEnvironment, nullptr);
-  EXPECT_EQ(m_writer.flushContinuousResults(m_world.system()), 1);
+  EXPECT_EQ(m_writer.flushContinuousResults(m_world.system()), 0);
   g_pluginEnvironment = host;
   EXPECT_EQ(m_writer.data.size(), 1U);
   EXPECT_EQ(m_writer.metadata.size(), 1U);
@@ -282,7 +282,7 @@ TEST_F(ContinuousFlush, FlushLeavesTheOutputEmptyAndClosed) {
   output->m_pendingBytes = 7;
   m_writer.extension = ".json";
   m_writer.flushContinuousResults(m_world.system());
-  EXPECT_TRUE(output->m_buffer.empty());
+  EXPECT_EQ(output->m_buffer.capacity(), 0U) << "hosts keep the outputs of all files";
   EXPECT_EQ(output->m_pendingBytes, 0U);
   for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code gone;
@@ -297,7 +297,7 @@ TEST_F(ContinuousFlush, EndUsesTheNamelessOutputAndWritesNothing) {
 }
 
 TEST(MetadataNode, NullWritesNothing) {
-  rapidjson::StringBuffer buffer;
+  JsonText buffer;
   ContWriter::JsonWriter writer(buffer);
   writer.StartObject();
   ContWriter::flushMetadata_i(nullptr, writer);
@@ -309,7 +309,7 @@ TEST(MetadataNode, EmptyListIsSkippedAndNumbersAreTexts) {
   ContinuousWriter::Metadata node("", -1);
   node.entries["empty"];
   node.add("number", 1.5F);
-  rapidjson::StringBuffer buffer;
+  JsonText buffer;
   ContWriter::JsonWriter writer(buffer);
   writer.StartObject();
   ContWriter::flushMetadata_i(&node, writer);

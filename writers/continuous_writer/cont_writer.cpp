@@ -1,13 +1,14 @@
 #include "writers/continuous_writer/cont_writer.h"
 
 #include <array>
+#include <utility>
 
-#include "host/environment.h"
 #include "host/logger.h"
 #include "host/platform_metadata.h"
 #include "host/services.h"
 #include "host/system_metadata.h"
 #include "writers/continuous_writer/metric_description.h"
+#include "writers/output_handle.h"
 #include "writers/system_lookup.h"
 
 namespace {
@@ -17,6 +18,25 @@ using JsonWriter = ContWriter::JsonWriter;
 /// Longer file names are cut.
 constexpr std::size_t kFileNameSize = 1024;
 constexpr int kOnlyThread = 1;
+
+// What a flush returns.
+constexpr int kNothingWritten = 0;
+constexpr int kNoFailure = 1;
+
+/// An entry of a map that is there as long as this is.
+template <typename Map>
+class EntryForNow {
+ public:
+  EntryForNow(Map& map, const typename Map::key_type& key, typename Map::mapped_type value)
+      : m_map(map), m_entry(map.emplace(key, std::move(value))) {}
+  EntryForNow(const EntryForNow&) = delete;
+  EntryForNow& operator=(const EntryForNow&) = delete;
+  ~EntryForNow() { m_map.erase(m_entry); }
+
+ private:
+  Map& m_map;
+  typename Map::iterator m_entry;
+};
 
 void member(JsonWriter& writer, const char* key, const std::string& text) {
   writer.Key(key);
@@ -97,18 +117,18 @@ ContWriter::~ContWriter() = default;
 int ContWriter::flushContinuousResults(const pwr::SystemMetadata& system) {
   const pwr::CPUMetadata* cpu = processorOf(&system);
   if (cpu == nullptr) {
-    return 0;
+    return kNothingWritten;
   }
-  if (g_pluginEnvironment == nullptr) {
-    return 1;
+  const bool isTrace = extension == ".json";
+  if (!isTrace && extension != ".qmjson") {
+    return kNoFailure;
   }
-  if (extension == ".json") {
-    flushTraceEvents_i();
-  } else if (extension == ".qmjson") {
-    metadata.emplace("SystemMetadata", describeSystem(system, *cpu));
-    flushQmjson_i();
+  if (!(isTrace ? flushTraceEvents_i() : flushQmjson_i(system, *cpu))) {
+    return kNothingWritten;
   }
-  return 1;
+  metadata.clear();
+  data.clear();
+  return kNoFailure;
 }
 
 void ContWriter::flushMetadata_i(const ContinuousWriter::Metadata* node, JsonWriter& writer) {
@@ -132,10 +152,18 @@ void ContWriter::flushMetadata_i(const ContinuousWriter::Metadata* node, JsonWri
   }
 }
 
-void ContWriter::flushTraceEvents_i() {
+bool ContWriter::flushTraceEvents_i() {
   static int num = 0;
-  rapidjson::StringBuffer document;
-  JsonWriter writer(document);
+  return handOut_i(num, &ContWriter::writeTraceEvents_i);
+}
+
+bool ContWriter::flushQmjson_i(const pwr::SystemMetadata& system, const pwr::CPUMetadata& cpu) {
+  static int num = 0;
+  const EntryForNow described(metadata, "SystemMetadata", describeSystem(system, cpu));
+  return handOut_i(num, &ContWriter::writeQmjson_i);
+}
+
+void ContWriter::writeTraceEvents_i(JsonWriter& writer) const {
   writer.StartObject();
   writer.Key("traceEvents");
   writer.StartArray();
@@ -144,13 +172,9 @@ void ContWriter::flushTraceEvents_i() {
   }
   writer.EndArray();
   writer.EndObject();
-  handOut_i(num++, document);
 }
 
-void ContWriter::flushQmjson_i() {
-  static int num = 0;
-  rapidjson::StringBuffer document;
-  JsonWriter writer(document);
+void ContWriter::writeQmjson_i(JsonWriter& writer) const {
   writer.StartObject();
   if (!metadata.empty()) {
     writer.Key("Metadata");
@@ -167,19 +191,20 @@ void ContWriter::flushQmjson_i() {
   }
   writer.EndArray();
   writer.EndObject();
-  handOut_i(num++, document);
 }
 
-void ContWriter::handOut_i(int number, const rapidjson::StringBuffer& document) {
+bool ContWriter::handOut_i(int& number, void (ContWriter::*write)(JsonWriter&) const) const {
   std::array<char, kFileNameSize> name{};
   pw_snprintf(name.data(), name.size(), "%s_%d%s", outputBase.c_str(), number, extension.c_str());
-  pwr::Logger& output = *g_pluginEnvironment->getFileOutputHandle(name.data());
-  output.m_buffer.insert(output.m_buffer.end(), document.GetString(),
-                         document.GetString() + document.GetSize());
-  output.flush();
-  output.m_buffer.clear();
-  output.m_pendingBytes = 0;
-  output.close();
-  metadata.clear();
-  data.clear();
+  pwr::Logger* const output = outputHandle(name.data());
+  if (output == nullptr) {
+    return false;
+  }
+  JsonText document;
+  JsonWriter writer(document);
+  (this->*write)(writer);
+  output->m_buffer.insert(output->m_buffer.end(), document.GetString(),
+                          document.GetString() + document.GetSize());
+  ++number;
+  return bringOut(*output);
 }

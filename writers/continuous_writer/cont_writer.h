@@ -3,10 +3,12 @@
 
 #include <string>
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include "writers/continuous_writer/continuous_writer.h"
+#include "writers/continuous_writer/json_memory.h"
+
+namespace pwr {
+class CPUMetadata;
+}  // namespace pwr
 
 /// Writes what has come since the last flush to a file of its own, `<base>_<n>` and the extension,
 /// and forgets it. The extension is the choice between two documents, which are numbered apart from
@@ -21,15 +23,18 @@
 /// A number that JSON cannot hold (NaN, infinities) leaves its key without a value.
 class ContWriter : public ContinuousWriter {
  public:
-  using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+  using JsonWriter = JsonTextWriter;
 
   ContWriter();
   explicit ContWriter(const std::string& base);
   ~ContWriter() override;
 
-  /// Returns 0 when `system` has no processor: nothing is written then, and all is kept. Returns 1
-  /// otherwise, which is no failure; also for another extension and without a host's environment,
-  /// where all is kept too.
+  /// Returns 0 when nothing is written, since `system` has no processor or the host no output for
+  /// the file: all is kept then, and the file's number too. Returns 1 otherwise, which is no
+  /// failure; also for another extension, where all is kept as well.
+  ///
+  /// Throws for want of memory, and keeps all. When the host throws while it writes, all is kept
+  /// too and 0 returned, but the number is gone: its file may have a beginning.
   virtual int flushContinuousResults(const pwr::SystemMetadata& system);
 
   /// Writes the entries of `node` as members of the object that is open. A key with several values
@@ -42,9 +47,11 @@ class ContWriter : public ContinuousWriter {
   std::string extension;
 
  private:
-  void flushTraceEvents_i();
-  void flushQmjson_i();
-  /// Brings a document to the file of that number and forgets what it was made from. REQUIRES:
-  /// there is a host's environment.
-  void handOut_i(int number, const rapidjson::StringBuffer& document);
+  // Each of them: false when nothing was written, or nobody knows how much.
+  bool flushTraceEvents_i();
+  bool flushQmjson_i(const pwr::SystemMetadata& system, const pwr::CPUMetadata& cpu);
+  /// Brings the document that `write` makes to the file of that number, and counts the number on.
+  bool handOut_i(int& number, void (ContWriter::*write)(JsonWriter&) const) const;
+  void writeTraceEvents_i(JsonWriter& writer) const;
+  void writeQmjson_i(JsonWriter& writer) const;
 };

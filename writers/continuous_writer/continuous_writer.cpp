@@ -2,13 +2,13 @@
 
 #include "client/src/common/pw_log.h"
 #include "client/src/common/real_to_integer.h"
-#include "host/environment.h"
 #include "host/handles.h"
 #include "host/logger.h"
 #include "host/metric.h"
 #include "host/pwset.h"
 #include "host/system_metadata.h"
 #include "writers/continuous_writer/metric_description.h"
+#include "writers/output_handle.h"
 #include "writers/sample_reading.h"
 
 namespace {
@@ -84,10 +84,8 @@ int ContinuousWriter::writeMessage(const Metric& metric) {
 }
 
 int ContinuousWriter::fini() {
-  if (g_pluginEnvironment == nullptr) {
-    return 0;
-  }
-  return g_pluginEnvironment->getFileOutputHandle("")->finish();
+  pwr::Logger* const output = outputHandle("");
+  return output == nullptr ? 0 : output->finish();
 }
 
 int ContinuousWriter::addSample_i(const Metric& metric, const pwr::DataElement& element) {
@@ -105,10 +103,12 @@ int ContinuousWriter::addSample_i(const Metric& metric, const pwr::DataElement& 
   if (metric.metricType == Metric::SAMPLED_RESIDENCY) {
     value.value *= tickScale;
   }
-  addMetadataOnce_i(metric);
-  data.emplace_back(static_cast<int>(metric.metricId), entityText(element.getEntity()),
+  std::list<Data> made;
+  made.emplace_back(static_cast<int>(metric.metricId), entityText(element.getEntity()),
                     descriptor == nullptr ? kNoDescriptor : descriptor->getName(), state,
                     metric.getData().timestamp, duration, value.value);
+  addMetadataOnce_i(metric);
+  data.splice(data.end(), made);
   return 0;
 }
 
@@ -123,7 +123,14 @@ double ContinuousWriter::duration_i(const Metric& metric, const pwr::DataElement
 void ContinuousWriter::addMetadataOnce_i(const Metric& metric) {
   // Once per process, not per object or run: readers of a run join its files by metric id.
   static pwr::PWSet<unsigned int> metricsWithMetadataSent;
-  if (metricsWithMetadataSent.add(metric.metricId)) {
-    metadata.emplace(metric.name, describeMetric(metric));
+  if (metricsWithMetadataSent.contains(metric.metricId)) {
+    return;
+  }
+  const auto described = metadata.emplace(metric.name, describeMetric(metric));
+  try {
+    metricsWithMetadataSent.add(metric.metricId);
+  } catch (...) {
+    metadata.erase(described);
+    throw;
   }
 }

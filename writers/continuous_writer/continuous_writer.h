@@ -70,7 +70,7 @@ class ContinuousWriter {
   /// elements before it are kept.
   int writeMessage(const pwr::Metric& metric);
   /// Ends the use of the host's nameless output. What was not flushed is lost. Returns what the
-  /// host returns.
+  /// host returns, and 0 where it has no such output.
   int fini();
 
  protected:

@@ -7,8 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
+#include "writers/continuous_writer/json_memory.h"
 
 /// Makes or empties the file, and takes a document through `writer`; `drain` brings what has come
 /// to the file in large blocks, so that the text is never in memory as a whole. Failures stay in
@@ -19,6 +18,7 @@ class JsonFile {
   explicit JsonFile(const std::string& path);
   JsonFile(const JsonFile&) = delete;
   JsonFile& operator=(const JsonFile&) = delete;
+  /// A document that has no end, because an exception came in between, is one error in the log.
   ~JsonFile();
 
   void startObject() { m_writer.StartObject(); }
@@ -63,9 +63,10 @@ class JsonFile {
     return static_cast<rapidjson::SizeType>(text.size());
   }
   void writeOut();
+  void reportFailure() const;
 
   std::string m_path;
   std::ofstream m_file;
-  rapidjson::StringBuffer m_buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> m_writer{m_buffer};
+  JsonText m_buffer;
+  JsonTextWriter m_writer{m_buffer};
 };

@@ -1,8 +1,17 @@
 #include "writers/json_plugin_helper/series.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
+
+/// For one more, and grows as the vector itself would.
+template <typename T>
+void makeRoomIn(std::vector<T>& values) {
+  if (values.size() == values.capacity()) {
+    values.reserve(std::max<std::size_t>(1, 2 * values.size()));
+  }
+}
 
 void remap(unsigned int& id, const std::vector<unsigned int>& map) {
   if (id < map.size()) {
@@ -26,10 +35,25 @@ Value& Value::operator=(const Value& other) {
 }
 
 void Value::addValue(unsigned int id, double v) {
+  makeRoom();
+  more->emplace_back(id, v);
+}
+
+void Value::makeRoom() {
   if (more == nullptr) {
     more = std::make_unique<std::vector<Pair>>();
   }
-  more->emplace_back(id, v);
+  makeRoomIn(*more);
+}
+
+void Value::setId(unsigned int id) {
+  firstId = id;
+  if (more == nullptr) {
+    return;
+  }
+  for (Pair& pair : *more) {
+    pair.first = id;
+  }
 }
 
 void Value::remapValues(const std::vector<unsigned int>& map) {
@@ -52,6 +76,9 @@ std::vector<Value::Pair> Value::getValues() const {
 
 Point::Point(unsigned long startTime, unsigned long endTime, const Value& v)
     : start(startTime), end(endTime), value(v) {}
+
+Point::Point(unsigned long startTime, unsigned long endTime, Value&& v)
+    : start(startTime), end(endTime), value(std::move(v)) {}
 
 void Point::remapValues(const std::vector<unsigned int>& map) { value.remapValues(map); }
 
@@ -79,7 +106,8 @@ unsigned int Series::getStateId(const std::string& state) {
     if (const auto shared = sharedIds->find(state); shared != sharedIds->end()) {
       return shared->second;
     }
-    stateIds = *std::exchange(sharedIds, nullptr);
+    stateIds = StateIds(*sharedIds);
+    sharedIds.reset();
   }
   const auto [entry, isNew] = stateIds.try_emplace(state, nextStateId);
   if (isNew) {
@@ -90,20 +118,31 @@ unsigned int Series::getStateId(const std::string& state) {
 
 void Series::addData(unsigned long start, unsigned long end, const std::string& state,
                      double value) {
-  points.emplace_back(start, end, Value(getStateId(state), value));
+  addPoint_i(start, end, state, Value(0, value));
 }
 
 void Series::addData(unsigned long start, unsigned long end, const std::string& state, double value,
                      double value2) {
-  addData(start, end, state, value);
-  appendData(state, value2);
+  Value both(0, value);
+  both.addValue(0, value2);
+  addPoint_i(start, end, state, std::move(both));
 }
 
 void Series::appendData(const std::string& state, double value) {
-  const unsigned int id = getStateId(state);
-  if (!points.empty()) {
-    points.back().getValue().addValue(id, value);
+  if (points.empty()) {
+    addState(state);
+    return;
   }
+  Value& last = points.back().getValue();
+  last.makeRoom();  // Before the state, which stays only with its number.
+  last.addValue(getStateId(state), value);
+}
+
+void Series::addPoint_i(unsigned long start, unsigned long end, const std::string& state,
+                        Value value) {
+  makeRoomIn(points);  // Before the state, which stays only with its point.
+  value.setId(getStateId(state));
+  points.emplace_back(start, end, std::move(value));
 }
 
 std::vector<std::string> Series::getStates() const {
@@ -117,29 +156,34 @@ std::vector<std::string> Series::getStates() const {
 }
 
 void Series::updateStates(std::unordered_map<std::string, unsigned int>& newIds) {
-  remapPoints([&newIds](const std::string& state) { return newIds[state]; });
-  if (&newIds != &stateIds) {
-    stateIds = newIds;
-    sharedIds.reset();
-  }
+  const std::vector<unsigned int> map =
+      newIdsByOld_i([&newIds](const std::string& state) { return newIds[state]; });
+  StateIds taken = newIds;
+  remapPoints_i(map);
+  stateIds = std::move(taken);
+  sharedIds.reset();
 }
 
 void Series::shareStates(std::shared_ptr<const StateIds> newIds) {
-  remapPoints([&newIds](const std::string& state) { return newIds->at(state); });
-  stateIds.clear();
+  remapPoints_i(newIdsByOld_i([&newIds](const std::string& state) { return newIds->at(state); }));
+  StateIds().swap(stateIds);  // `clear` would keep the room of the table.
   sharedIds = std::move(newIds);
 }
 
 template <typename NewId>
-void Series::remapPoints(NewId newId) {
-  std::vector<unsigned int> table(ids().size());
+std::vector<unsigned int> Series::newIdsByOld_i(NewId newId) const {
+  std::vector<unsigned int> map(ids().size());
   for (const auto& [state, id] : ids()) {
     const unsigned int given = newId(state);
-    if (id < table.size()) {
-      table[id] = given;
+    if (id < map.size()) {
+      map[id] = given;
     }
   }
+  return map;
+}
+
+void Series::remapPoints_i(const std::vector<unsigned int>& map) {
   for (Point& point : points) {
-    point.remapValues(table);
+    point.remapValues(map);
   }
 }

@@ -2,6 +2,8 @@
 //
 // Ids of states are small numbers that each series gives out by itself, in order of arrival. Those
 // of several series are made to agree at the end, see `Series::updateStates`. Not synchronised.
+//
+// An operation that finds no memory throws, and has changed nothing then.
 #pragma once
 
 #include <cstddef>
@@ -28,6 +30,10 @@ class Value {
   ~Value() = default;
 
   void addValue(unsigned int id, double v);
+  /// Makes room for one pair: the next `addValue` cannot fail.
+  void makeRoom();
+  /// Gives all pairs that id.
+  void setId(unsigned int id);
   /// Replaces each id by `map[id]`. An id that the table does not have stays.
   void remapValues(const std::vector<unsigned int>& map);
   std::vector<Pair> getValues() const;
@@ -52,6 +58,7 @@ class Value {
 class Point {
  public:
   Point(unsigned long startTime, unsigned long endTime, const Value& v);
+  Point(unsigned long startTime, unsigned long endTime, Value&& v);
 
   void remapValues(const std::vector<unsigned int>& map);
   unsigned long getStartTimestamp() const { return start; }
@@ -140,8 +147,11 @@ class Series {
   void setStateNames(StateNames names) { stateNames = std::move(names); }
 
  private:
+  void addPoint_i(unsigned long start, unsigned long end, const std::string& state, Value value);
+  /// What each of the ids becomes that the series has given out.
   template <typename NewId>
-  void remapPoints(NewId newId);
+  std::vector<unsigned int> newIdsByOld_i(NewId newId) const;
+  void remapPoints_i(const std::vector<unsigned int>& map);
   const StateIds& ids() const { return sharedIds == nullptr ? stateIds : *sharedIds; }
 
   std::string category;

@@ -1,5 +1,6 @@
 #include "writers/json_plugin_helper/series_writer.h"
 
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -22,6 +23,15 @@ using pwr::Metric;
 std::string versionText(const pwr::VersionRecord& version) {
   const auto text = [](unsigned short part) { return pwr::toString(part); };
   return text(version.major) + "." + text(version.minor) + "." + text(version.third);
+}
+
+/// Each argument behind a blank.
+std::string joinedArguments(const pwr::SystemMetadata& system) {
+  std::string text;
+  for (const std::string& argument : system.m_collectorArguments) {
+    text += ' ' + argument;
+  }
+  return text;
 }
 
 /// Ends at the first zero byte. Characters count as signed.
@@ -78,20 +88,28 @@ SeriesWriter::SeriesWriter(const SeriesWriterForm& form)
 SeriesWriter::~SeriesWriter() = default;
 
 int SeriesWriter::init(const std::string& base, bool isContinuous) {
-  fileName = base + extension;
-  continuous = isContinuous;
-  if (continuous && contWriter == nullptr) {
-    contWriter = std::make_unique<ContWriter>(base);
-  }
-  return 0;
+  return withoutException([&] {
+    std::string name = base + extension;
+    if (isContinuous && contWriter == nullptr) {
+      contWriter = std::make_unique<ContWriter>(base);
+    }
+    fileName = std::move(name);
+    continuous = isContinuous;
+    return 0;
+  });
 }
 
 int SeriesWriter::flushContinuousResults(const pwr::SystemMetadata& metadata) {
   if (contWriter == nullptr) {
     return 0;
   }
-  contWriter->extension = extension;
-  return contWriter->flushContinuousResults(metadata);
+  constexpr int kNothingWritten = 0;
+  return withoutException(
+      [&] {
+        contWriter->extension = extension;
+        return contWriter->flushContinuousResults(metadata);
+      },
+      kNothingWritten);
 }
 
 int SeriesWriter::writeMessage(const pwr::TextMessage& /*message*/) { return 0; }
@@ -100,45 +118,26 @@ int SeriesWriter::writeMessage(const pwr::SystemMessage& message) {
   if (message.m_metadata == nullptr) {
     return 1;
   }
-  systemMetadata = message.m_metadata;
-  startTimestamp = systemMetadata->m_firstTimestamp;
-  tickScale = 1.0F / systemMetadata->m_timestampFrequency;
-  if (continuous) {
-    return contWriter->writeMessage(message);
-  }
-  commandLine.clear();
-  for (const std::string& argument : systemMetadata->m_collectorArguments) {
-    commandLine += ' ' + argument;
-  }
-  toolVersion = versionText(systemMetadata->m_toolVersion);
-  driverVersion = versionText(systemMetadata->m_driverVersion);
-  return 0;
+  return withoutException([&] {
+    takeSystem_i(*message.m_metadata);
+    return continuous ? contWriter->writeMessage(message) : 0;
+  });
 }
 
 int SeriesWriter::writeMessage(const Metric& metric) {
-  if (continuous) {
-    return contWriter->writeMessage(metric);
-  }
-  const pwr::SampleData& data = metric.getData();
-  const std::uint64_t end = microseconds_i(data.timestamp - startTimestamp);
-  std::uint64_t previousId = std::numeric_limits<std::uint64_t>::max();
-  for (const pwr::DataElement* element : data.elements) {
-    if (addElement_i(metric, *element, end, previousId) != 0) {
-      return 1;
-    }
-  }
-  return 0;
+  return withoutException(
+      [&] { return continuous ? contWriter->writeMessage(metric) : takeElements_i(metric); });
 }
 
 std::uint64_t SeriesWriter::addSeries(const std::string& key, const std::string& name,
                                       const Metric& metric, const pwr::DataElement* element,
                                       bool stated) {
   const std::uint64_t id = seriesId(name, metric, element->getEntity());
-  std::unique_ptr<Series>& place = series[id];
-  if (place == nullptr) {
-    place = std::make_unique<Series>(metric.name, unitsOf(metric), key, name, metric.metricType,
-                                     stated);
-    declareStates_i(metric, *place);
+  if (!series.contains(id)) {
+    auto made = std::make_unique<Series>(metric.name, unitsOf(metric), key, name, metric.metricType,
+                                         stated);
+    declareStates_i(metric, *made);
+    series.emplace(id, std::move(made));
   }
   return id;
 }
@@ -173,14 +172,38 @@ bool SeriesWriter::isNumeric(const std::string& state) { return isNumericState(s
 
 void SeriesWriter::sortStates(std::vector<std::string>& states) { sortStateNames(states); }
 
-int SeriesWriter::finishContinuous() { return contWriter->fini(); }
-
 std::unordered_map<std::string, SeriesWriter::Category> SeriesWriter::seriesByCategory() const {
   std::unordered_map<std::string, Category> categories;
   for (const auto& [id, one] : series) {
     categories[one->categoryText()].push_back(one.get());
   }
   return categories;
+}
+
+void SeriesWriter::takeSystem_i(const pwr::SystemMetadata& system) {
+  if (!continuous) {
+    std::string arguments = joinedArguments(system);
+    std::string tool = versionText(system.m_toolVersion);
+    std::string driver = versionText(system.m_driverVersion);
+    commandLine = std::move(arguments);
+    toolVersion = std::move(tool);
+    driverVersion = std::move(driver);
+  }
+  systemMetadata = &system;
+  startTimestamp = system.m_firstTimestamp;
+  tickScale = 1.0F / system.m_timestampFrequency;
+}
+
+int SeriesWriter::takeElements_i(const Metric& metric) {
+  const pwr::SampleData& data = metric.getData();
+  const std::uint64_t end = microseconds_i(data.timestamp - startTimestamp);
+  std::uint64_t previousId = std::numeric_limits<std::uint64_t>::max();
+  for (const pwr::DataElement* element : data.elements) {
+    if (addElement_i(metric, *element, end, previousId) != 0) {
+      return 1;
+    }
+  }
+  return 0;
 }
 
 int SeriesWriter::addElement_i(const Metric& metric, const pwr::DataElement& element,
@@ -190,12 +213,25 @@ int SeriesWriter::addElement_i(const Metric& metric, const pwr::DataElement& ele
     pwr::logPlainWarning("WARNING: Unable to retrieve data descriptor\n");
     return 1;
   }
+  const std::size_t formerCount = series.size();
   const std::uint64_t id = addSeries(sample.key, sample.name, metric, &element, sample.stated);
-  Series& target = *series.at(id);
+  try {
+    addPoint_i(*series.at(id), sample, end, id == previousId);
+  } catch (...) {
+    if (series.size() > formerCount) {
+      series.erase(id);  // None stays without a point.
+    }
+    throw;
+  }
+  previousId = id;
+  return 0;
+}
+
+void SeriesWriter::addPoint_i(Series& target, const Sample& sample, std::uint64_t end,
+                              bool isSamePoint) {
   const SampleValue& value = sample.value;
   // A first id of all ones looks as if it had come before.
-  if (id == previousId && target.hasPoints()) {
-    target.addState(sample.state);
+  if (isSamePoint && target.hasPoints()) {
     // The high end of a range has no place in a point that is there already.
     target.appendData(sample.state, value.value);
   } else if (value.isRange) {
@@ -203,8 +239,6 @@ int SeriesWriter::addElement_i(const Metric& metric, const pwr::DataElement& ele
   } else {
     target.addData(end - sample.duration, end, sample.state, value.value);
   }
-  previousId = id;
-  return 0;
 }
 
 int SeriesWriter::readSample_i(const Metric& metric, const pwr::DataElement& element,

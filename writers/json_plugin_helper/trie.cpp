@@ -6,19 +6,21 @@
 Trie::Trie() = default;
 
 Trie::~Trie() {
-  // One after the other: children that destroy their own would recurse.
-  std::vector<std::unique_ptr<Trie>> doomed;
-  const auto takeChildren = [&doomed](Trie& node) {
-    for (auto& [c, below] : node.children) {
-      doomed.push_back(std::move(below));
+  // One after the other, each holding the one above it: children that destroy their own would
+  // recurse, and a list of those that wait would need memory.
+  std::unique_ptr<Trie> current;
+  while (true) {
+    Children& below = current == nullptr ? children : current->children;
+    if (!below.empty()) {
+      std::unique_ptr<Trie> next = std::move(below.begin()->second);
+      below.erase(below.begin());
+      next->above = std::move(current);
+      current = std::move(next);
+    } else if (current != nullptr) {
+      current = std::move(current->above);
+    } else {
+      return;
     }
-    node.children.clear();
-  };
-  takeChildren(*this);
-  while (!doomed.empty()) {
-    const std::unique_ptr<Trie> node = std::move(doomed.back());
-    doomed.pop_back();
-    takeChildren(*node);
   }
 }
 
@@ -26,14 +28,19 @@ void Trie::addWord(const std::string& word) {
   Trie* node = this;
   for (std::size_t i = 0; i < word.size(); ++i) {
     ++node->wordCount;
-    std::unique_ptr<Trie>& next = node->children[word[i]];
-    if (next == nullptr) {
-      next = std::make_unique<Trie>();
-      // Only here: see the class.
-      next->endOfWord = i + 1 == word.size();
-    }
-    node = next.get();
+    node = &node->childFor(word[i], i + 1 == word.size());
   }
+}
+
+Trie& Trie::childFor(char c, bool endsWord) {
+  const auto place = children.lower_bound(c);
+  if (place != children.end() && place->first == c) {
+    return *place->second;
+  }
+  auto made = std::make_unique<Trie>();
+  // Only here: see the class.
+  made->endOfWord = endsWord;
+  return *children.emplace_hint(place, c, std::move(made))->second;
 }
 
 void Trie::getWordsStartingWith(const std::string& prefix, std::set<std::string>& out,

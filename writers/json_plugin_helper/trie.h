@@ -34,11 +34,18 @@ class Trie {
   std::size_t sharedBeginnings(const std::string& word, std::size_t count) const;
 
  private:
+  using Children = std::map<char, std::unique_ptr<Trie>>;
+
   const Trie* child(char c) const;
+  /// Makes it where there is none.
+  Trie& childFor(char c, bool endsWord);
   std::size_t countWords() const;
 
-  std::map<char, std::unique_ptr<Trie>> children;
+  /// None is null.
+  Children children;
   /// Words added through this node.
   std::uint64_t wordCount = 0;
   bool endOfWord = false;
+  /// While the tree is taken down, see the destructor.
+  std::unique_ptr<Trie> above;
 };

@@ -34,12 +34,13 @@ QMJSONWriter::QMJSONWriter() : SeriesWriter(kForm) {}
 QMJSONWriter::~QMJSONWriter() = default;
 
 int QMJSONWriter::fini() {
-  if (continuous) {
-    return finishContinuous();
-  }
+  return finish([this] { writeDocument(); });
+}
+
+void QMJSONWriter::writeDocument() const {
   const pwr::CPUMetadata* cpu = processorOf(systemMetadata);
   if (cpu == nullptr) {
-    return 0;  // Without a word: hosts rely on the silence.
+    return;  // Without a word: hosts rely on the silence.
   }
   // Before the file is touched: a state that cannot be sorted ends the process, and what an earlier
   // run left under the name is still whole then.
@@ -57,7 +58,6 @@ int QMJSONWriter::fini() {
   file.endObject();
   file.endObject();
   file.finish();
-  return 0;
 }
 
 std::vector<CategoryDocument> QMJSONWriter::sortedCategories() const {
