@@ -297,7 +297,7 @@ TEST_F(ContinuousFlush, EndUsesTheNamelessOutputAndWritesNothing) {
 }
 
 TEST(MetadataNode, NullWritesNothing) {
-  JsonText buffer;
+  rapidjson::StringBuffer buffer;
   ContWriter::JsonWriter writer(buffer);
   writer.StartObject();
   ContWriter::flushMetadata_i(nullptr, writer);
@@ -309,7 +309,7 @@ TEST(MetadataNode, EmptyListIsSkippedAndNumbersAreTexts) {
   ContinuousWriter::Metadata node("", -1);
   node.entries["empty"];
   node.add("number", 1.5F);
-  JsonText buffer;
+  rapidjson::StringBuffer buffer;
   ContWriter::JsonWriter writer(buffer);
   writer.StartObject();
   ContWriter::flushMetadata_i(&node, writer);

@@ -1,10 +1,7 @@
 // The JSON writers of a process that runs out of memory in the middle of an operation.
-#include "writers/continuous_writer/json_memory.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
-#include <new>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -15,7 +12,6 @@
 
 #include "tests/support/failing_allocation.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/sanitizers.h"
 #include "tests/support/temp_dir.h"
 #include "tests/writers/json_world.h"
 #include "writers/json_plugin.h"
@@ -183,21 +179,6 @@ TYPED_TEST(WithoutMemory, BeginningThatFailedLeavesAllAsItWas) {
                          EXPECT_EQ(this->m_writer->flushContinuousResults(this->m_other), 0);
                        }
                      });
-}
-
-TEST(JsonMemory, ThrowsWhereThereIsNone) {
-  if (qumetra::test::kAddressSanitizer) {
-    GTEST_SKIP() << "the sanitizer ends the program instead";
-  }
-  JsonMemory memory;
-  // Not a constant, which compilers warn of.
-  volatile std::size_t tooMuch = std::numeric_limits<std::size_t>::max() / 2;
-  EXPECT_THROW(static_cast<void>(memory.Malloc(tooMuch)), std::bad_alloc);
-  auto* const text = static_cast<char*>(memory.Malloc(1));
-  *text = 'x';
-  EXPECT_THROW(static_cast<void>(memory.Realloc(text, 1, tooMuch)), std::bad_alloc);
-  EXPECT_EQ(*text, 'x');
-  JsonMemory::Free(text);
 }
 
 }  // namespace

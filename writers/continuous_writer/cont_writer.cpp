@@ -200,7 +200,7 @@ bool ContWriter::handOut_i(int& number, void (ContWriter::*write)(JsonWriter&) c
   if (output == nullptr) {
     return false;
   }
-  JsonText document;
+  rapidjson::StringBuffer document;
   JsonWriter writer(document);
   (this->*write)(writer);
   output->m_buffer.insert(output->m_buffer.end(), document.GetString(),

@@ -3,8 +3,10 @@
 
 #include <string>
 
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
 #include "writers/continuous_writer/continuous_writer.h"
-#include "writers/continuous_writer/json_memory.h"
 
 namespace pwr {
 class CPUMetadata;
@@ -23,7 +25,7 @@ class CPUMetadata;
 /// A number that JSON cannot hold (NaN, infinities) leaves its key without a value.
 class ContWriter : public ContinuousWriter {
  public:
-  using JsonWriter = JsonTextWriter;
+  using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
   ContWriter();
   explicit ContWriter(const std::string& base);

@@ -7,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "writers/continuous_writer/json_memory.h"
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 /// Makes or empties the file, and takes a document through `writer`; `drain` brings what has come
 /// to the file in large blocks, so that the text is never in memory as a whole. Failures stay in
@@ -67,6 +68,6 @@ class JsonFile {
 
   std::string m_path;
   std::ofstream m_file;
-  JsonText m_buffer;
-  JsonTextWriter m_writer{m_buffer};
+  rapidjson::StringBuffer m_buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> m_writer{m_buffer};
 };
