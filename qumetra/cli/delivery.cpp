@@ -165,7 +165,7 @@ int deliverRecording(RecordingReader& reader, SummaryFromSamples& summary, Run& 
   int status = kDone;
   bool isWhole = true;
   // What is no recording at all must not empty the results of an earlier one.
-  reader.readLine();
+  reader.readFirst();
   run.start();
   try {
     isWhole = readRecording(reader, stop, manner, progress);

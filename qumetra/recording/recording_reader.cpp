@@ -99,6 +99,11 @@ bool RecordingReader::readLine() {
   return true;
 }
 
+void RecordingReader::readFirst() {
+  while (!m_state->hasVersion && readLine()) {
+  }
+}
+
 void RecordingReader::readAll() {
   while (readLine()) {
   }

@@ -45,6 +45,9 @@ class RecordingReader {
   /// user who has given an order of their own.
   void keepMetricOrder();
 
+  /// Reads up to the first record, which tells that the file is a recording. Throws
+  /// `RecordingError` when it is none; nothing has been delivered then.
+  void readFirst();
   /// Reads one line and delivers what it holds. Returns false at the end of the file. Throws
   /// `RecordingError` at a fault; all before it has been delivered, and reading cannot go on.
   bool readLine();

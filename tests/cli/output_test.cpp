@@ -43,6 +43,16 @@ TEST_F(Output, FileThatIsNoRecordingLeavesEarlierResultsAlone) {
   EXPECT_EQ("good\n", readFile(m_tool.file("z.csv")));
 }
 
+TEST_F(Output, FileThatBeginsWithAnEmptyLineAndIsNoRecordingLeavesThemAloneToo) {
+  // As a summary does.
+  const std::string report = m_tool.write("report.csv", {"", "no recording"});
+  m_tool.write("z.csv", {"good"});
+  const ToolResult result = m_tool.run({"replay", report, "-r", "sum", "-o", "z"});
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.err, StartsWith(report + ":2: "));
+  EXPECT_EQ("good\n", readFile(m_tool.file("z.csv")));
+}
+
 TEST_F(Output, CallLogIsNeverAResult) {
   const std::string recording = m_tool.write("r.qmrec", m_lines);
   const ToolResult result =
