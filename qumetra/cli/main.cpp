@@ -37,6 +37,14 @@ void addCommonOptions(CLI::App& app, CommonOptions& common) {
   app.set_version_flag("--version", "qumetra " QUMETRA_VERSION, "Print the version and end");
 }
 
+/// Whether words of a command to measure may be what was not expected: the options of one that
+/// stands there without "--" are taken for the tool's.
+bool mayLackSeparator(const CLI::App& command, const CLI::ParseError& error) {
+  const CLI::Option* const words = command.get_option_no_throw("COMMAND");
+  return dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr && words != nullptr &&
+         words->count() > 0;
+}
+
 /// Prints help or version, or what is wrong with the command line.
 int endParsing(const CLI::App& app, const CLI::ParseError& error) {
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
@@ -47,9 +55,12 @@ int endParsing(const CLI::App& app, const CLI::ParseError& error) {
   }
   const std::vector<CLI::App*> commands = app.get_subcommands();
   const std::vector<std::string> unknown = app.remaining();
-  const std::string problem = !commands.empty() || unknown.empty()
-                                  ? error.what()
-                                  : "unknown command or option \"" + unknown.front() + '"';
+  std::string problem = !commands.empty() || unknown.empty()
+                            ? error.what()
+                            : "unknown command or option \"" + unknown.front() + '"';
+  if (!commands.empty() && mayLackSeparator(*commands.front(), error)) {
+    problem += "; a command stands behind --";
+  }
   const std::string command = commands.empty() ? "" : commands.front()->get_name() + ' ';
   printError(problem + "; see qumetra " + command + "--help");
   return kWrongInput;

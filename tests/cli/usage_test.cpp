@@ -118,6 +118,7 @@ TEST(Usage, WhatIsMissingIsNamedAsInTheHelp) {
 TEST(Usage, CommandStandsBehindTwoHyphensOnly) {
   expectUsageError({"collect", "true"}, "a command stands behind --");
   expectUsageError({"collect", ""}, "unexpected argument \"\"; a command stands behind --");
+  expectUsageError({"collect", "ls", "-l"}, "-l; a command stands behind --;");
 }
 
 TEST(Usage, CommandIsNotMissingBehindTwoHyphens) {
