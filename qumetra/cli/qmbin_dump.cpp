@@ -219,6 +219,11 @@ int readSeries(const std::vector<std::string>& files, FaultPrinter& printer, Aft
     if (counts.untold > 0 && std::exchange(isHintDue, false)) {
       hintAtSeries(files, i);
     }
+    if (i > 0 && counts.retold > 0 && std::exchange(isHintDue, false)) {
+      printNote(files[i] +
+                ": seems to belong to another run than the files before it; several .qmbin files "
+                "are read as one series");
+    }
     afterFile(files[i], counts);
   }
   return status;

@@ -110,8 +110,10 @@ void QmbinReader::takeText(RecordFields& payload) {
   const std::uint16_t index = payload.u16();
   payload.u16();
   const auto [place, isNew] = m_texts.insert_or_assign(index, payload.bytes(length));
-  if (!isNew || index == 0) {
-    fault(numbered(index == 0 ? "a text has the number" : "told once more: text", index));
+  if (index == 0) {
+    fault(numbered("a text has the number", index));
+  } else if (!isNew) {
+    retold("text", index);
   }
   ++m_counts.texts;
   m_visitor.text(index, place->second);
@@ -158,9 +160,10 @@ void QmbinReader::takeDescriptor(RecordFields& payload) {
   descriptor.name = textOf(payload, "descriptor's name");
   const std::uint16_t index = descriptor.index;
   const auto [place, isNew] = m_descriptors.insert_or_assign(index, std::move(descriptor));
-  if (!isNew || index == 0) {
-    fault(
-        numbered(index == 0 ? "a descriptor has the number" : "told once more: descriptor", index));
+  if (index == 0) {
+    fault(numbered("a descriptor has the number", index));
+  } else if (!isNew) {
+    retold("descriptor", index);
   }
   ++m_counts.descriptors;
   m_visitor.descriptor(place->second);
@@ -208,7 +211,7 @@ void QmbinReader::takeMetric(RecordFields& payload) {
   const std::uint32_t id = metric.id;
   const auto [place, isNew] = m_metrics.insert_or_assign(id, std::move(metric));
   if (!isNew) {
-    fault(numbered("told once more: metric", id));
+    retold("metric", id);
   }
   ++m_counts.metrics;
   m_visitor.metric(place->second);
@@ -273,6 +276,11 @@ const QmbinDescriptor* QmbinReader::findDescriptor(std::uint16_t index) {
 void QmbinReader::fault(const std::string& what) {
   ++m_counts.faults;
   m_visitor.fault(m_offset, what);
+}
+
+void QmbinReader::retold(const char* kind, std::uint64_t number) {
+  ++m_counts.retold;
+  fault(std::string("told once more: ") + numbered(kind, number));
 }
 
 void QmbinReader::untold(const std::string& what) {

@@ -41,6 +41,9 @@ struct QmbinCounts {
   /// The faults that are references to a text, descriptor or metric that was not told, as in a file
   /// of a series without those before it.
   std::uint64_t untold = 0;
+  /// The faults that are texts, descriptors or metrics that were told before, as in files that are
+  /// no series.
+  std::uint64_t retold = 0;
   /// Where the whole records end, in bytes.
   std::uint64_t end = 0;
 };
@@ -81,6 +84,7 @@ class QmbinReader {
   const QmbinDescriptor* findDescriptor(std::uint16_t index);
   void fault(const std::string& what);
   void untold(const std::string& what);
+  void retold(const char* kind, std::uint64_t number);
 
   static constexpr std::size_t kLongestPayload = 0xFFFF;
 

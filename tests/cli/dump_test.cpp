@@ -264,6 +264,16 @@ TEST_F(Check, SeriesOutOfOrderIsWrong) {
 /// What `check` and `dump` say of files of a series of which some are missing.
 MATCHER(HintsAtASeries, "") { return arg.find("seems to be one of a series") != std::string::npos; }
 
+TEST_F(Check, FilesOfTwoRunsGetOneHint) {
+  const std::string run = result("a.qmbin", kText + kMetric);
+  const ToolResult checked = m_tool.run({"check", run, result("b.qmbin", kText + kMetric), run});
+  EXPECT_EQ(1, checked.status);
+  EXPECT_THAT(checked.err,
+              HasSubstr("b.qmbin: seems to belong to another run than the files before "
+                        "it; several .qmbin files are read as one series\n"));
+  EXPECT_THAT(checked.err, Not(HasSubstr("a.qmbin: seems")));
+}
+
 TEST_F(Check, FileOfASeriesWithoutThoseBeforeItGetsOneHint) {
   result("r_0.qmbin", kText + kMetric);
   const ToolResult checked =
