@@ -3,12 +3,12 @@
 #include <array>
 #include <utility>
 
-#include "host/environment.h"
 #include "host/logger.h"
 #include "host/messages.h"
 #include "host/services.h"
 #include "host/system_metadata.h"
 #include "writers/binarywriter_plugin/records.h"
+#include "writers/output_handle.h"
 
 namespace {
 
@@ -69,18 +69,14 @@ int BinaryWriter::Impl::fini() {
     flushResults_i(metadata, false);
     return 0;
   }
-  pwr::Logger* output =
-      g_pluginEnvironment == nullptr ? nullptr : g_pluginEnvironment->getFileOutputHandle("");
+  pwr::Logger* const output = outputHandle("");
   return output == nullptr ? 0 : output->finish();
 }
 
 bool BinaryWriter::Impl::flushResults_i(const pwr::SystemMetadata* flushMetadata,
                                         bool continuousFlush) {
-  if (g_pluginEnvironment == nullptr) {
-    return false;
-  }
   const std::string name = continuousFlush ? seriesFileName(basePath) : fileName(basePath);
-  pwr::Logger* output = g_pluginEnvironment->getFileOutputHandle(name.c_str());
+  pwr::Logger* const output = outputHandle(name.c_str());
   if (output == nullptr) {
     return false;
   }

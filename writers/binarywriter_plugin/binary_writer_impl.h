@@ -147,6 +147,8 @@ class BinaryWriter::Impl {
     const pwr::DataDescriptor* descriptor = nullptr;
     std::uint16_t index = 0;
   };
-  std::bitset<64> m_statesRead;
-  std::array<RecentState, 64> m_recentStates;
+  static constexpr std::size_t kRecentStates = 64;
+  std::array<RecentState, kRecentStates> m_recentStates;
+  /// Which of them are of this message.
+  std::bitset<kRecentStates> m_statesRead;
 };

@@ -132,7 +132,7 @@ inline std::uint16_t BinaryWriter::Impl::getEntityIdx_i(const pwr::EntityHandle*
 
 inline std::uint16_t BinaryWriter::Impl::getStateIdx_i(const pwr::DataDescriptor* descriptor,
                                                        std::uint16_t descriptorIndex) {
-  const std::size_t place = descriptorIndex % m_statesRead.size();
+  const std::size_t place = descriptorIndex % kRecentStates;
   RecentState& recent = m_recentStates[place];
   // The number 0 is none: a state that got it gets another when it comes again.
   if (!m_statesRead[place] || recent.descriptor != descriptor || recent.index == 0) {
