@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -18,6 +17,7 @@
 #include "bench/support/random_numbers.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
+#include "bench/support/spilled_cells.h"
 #include "host/handles.h"
 #include "host/metric.h"
 #include "host/quantity.h"
@@ -27,17 +27,17 @@ namespace {
 
 using qumetra::bench::bytesOf;
 using qumetra::bench::countText;
-using qumetra::bench::kLongestText;
+using qumetra::bench::kFloorBlockSize;
 using qumetra::bench::RandomNumbers;
 using qumetra::bench::realText;
 using qumetra::bench::Scratch;
+using qumetra::bench::SpilledCells;
 
 /// Values per sample: half reals, half integers, as a collection of this size brings them.
 constexpr std::size_t kColumns = 16;
 /// Samples differ in their values and repeat after so many, so that input takes no memory to speak
 /// of.
 constexpr std::size_t kSamples = 256;
-constexpr std::size_t kBlockSize = 0x100000;
 
 /// What is measured, as plain arrays.
 struct Values {
@@ -121,92 +121,44 @@ void writeRaw(const std::string& base, std::size_t elements) {
 
 // The floor.
 
-/// Spilled cells, and the widths of their columns.
-class FloorTable {
+/// Spilled cells, and what is made of them.
+class Floor {
  public:
-  explicit FloorTable(const std::string& path)
-      : m_file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)),
-        m_block(kBlockSize),
-        m_outBlock(kBlockSize + 1) {}
-  FloorTable(const FloorTable&) = delete;
-  FloorTable& operator=(const FloorTable&) = delete;
-  ~FloorTable() { ::close(m_file); }
+  explicit Floor(const std::string& path)
+      : m_cells(path, kColumns + 1), m_outBlock(kFloorBlockSize + 1) {}
 
   void row(std::size_t sample) {
     const Values& all = values();
-    cell(0, [&](char* out) { return countText(out, all.timestamps[sample]); });
+    m_cells.add(0, [&](char* out) { return countText(out, all.timestamps[sample]); });
     for (std::size_t i = 0; i < kColumns / 2; ++i) {
-      cell(1 + 2 * i, [&](char* out) { return realText(out, all.reals[sample][i]); });
-      cell(2 + 2 * i, [&](char* out) { return countText(out, all.counts[sample][i]); });
+      m_cells.add(1 + 2 * i, [&](char* out) { return realText(out, all.reals[sample][i]); });
+      m_cells.add(2 + 2 * i, [&](char* out) { return countText(out, all.counts[sample][i]); });
     }
   }
 
   /// The second pass.
   void layOut(const std::string& path) {
-    spill();
     m_out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     titles();
-    ::lseek(m_file, 0, SEEK_SET);
-    std::size_t column = 0;
-    std::size_t kept = 0;
-    for (ssize_t got = 0; (got = ::read(m_file, m_block.data() + kept, kBlockSize - kept)) > 0;) {
-      const std::size_t end = kept + static_cast<std::size_t>(got);
-      const std::size_t taken = cells(end, column);
-      kept = end - taken;
-      std::memmove(m_block.data(), m_block.data() + taken, kept);
-    }
+    m_cells.forEach([this](std::size_t column, std::string_view text) { padded(column, text); });
     put("\n");  // The block has a byte to spare for it.
     writeOut();
     ::close(m_out);
   }
 
  private:
-  template <typename Format>
-  void cell(std::size_t column, Format format) {
-    if (kBlockSize - m_used < 1 + kLongestText) {
-      spill();
-    }
-    char* record = m_block.data() + m_used;
-    const std::size_t length = format(record + 1);
-    *record = static_cast<char>(length);
-    m_used += 1 + length;
-    m_widths[column] = std::max(m_widths[column], length);
-  }
-
-  void spill() {
-    if (::write(m_file, m_block.data(), m_used) != static_cast<ssize_t>(m_used)) {
-      std::abort();
-    }
-    m_used = 0;
-  }
-
   void titles() {
     put("Package Power\n");
     for (std::size_t i = 0; i <= kColumns; ++i) {
       const std::string title = i == 0 ? "Timestamp" : "CPU" + std::to_string(i - 1) + " (mW)";
-      m_widths[i] = std::max(m_widths[i], title.size());
+      m_cells.widen(i, title.size());
       padded(i, title);
     }
   }
 
-  /// Pads the whole records of the block and returns where they end.
-  std::size_t cells(std::size_t end, std::size_t& column) {
-    std::size_t position = 0;
-    while (position < end) {
-      const std::size_t length = static_cast<unsigned char>(m_block[position]);
-      if (end - position - 1 < length) {
-        break;
-      }
-      padded(column, {m_block.data() + position + 1, length});
-      position += 1 + length;
-      column = column == kColumns ? 0 : column + 1;
-    }
-    return position;
-  }
-
   void padded(std::size_t column, std::string_view text) {
-    const std::size_t padding = m_widths[column] - text.size();
-    if (kBlockSize - m_outUsed < 3 + padding + text.size()) {
+    const std::size_t padding = m_cells.width(column) - text.size();
+    if (kFloorBlockSize - m_outUsed < 3 + padding + text.size()) {
       writeOut();
     }
     char* out = m_outBlock.data() + m_outUsed;
@@ -235,18 +187,15 @@ class FloorTable {
     m_outUsed = 0;
   }
 
-  int m_file;
+  SpilledCells m_cells;
   int m_out = -1;
-  std::vector<char> m_block;
-  std::size_t m_used = 0;
   std::vector<char> m_outBlock;
   std::size_t m_outUsed = 0;
-  std::array<std::size_t, kColumns + 1> m_widths{};
 };
 
 void writeFloor(const std::string& path, std::size_t elements) {
   const Scratch spill("raw_spill");
-  FloorTable table(spill.path());
+  Floor table(spill.path());
   for (std::size_t i = 0; i < elements / kColumns; ++i) {
     table.row(i % kSamples);
   }

@@ -18,6 +18,7 @@
 #include "bench/support/random_numbers.h"
 #include "bench/support/ratio.h"
 #include "bench/support/scratch.h"
+#include "bench/support/spilled_cells.h"
 #include "host/configuration.h"
 #include "host/handles.h"
 #include "host/quantity.h"
@@ -29,9 +30,11 @@ namespace {
 using qumetra::bench::bytesOf;
 using qumetra::bench::countText;
 using qumetra::bench::fixedText;
+using qumetra::bench::kFloorBlockSize;
 using qumetra::bench::kLongestText;
 using qumetra::bench::RandomNumbers;
 using qumetra::bench::Scratch;
+using qumetra::bench::SpilledCells;
 
 /// A row has a count and, for each field and entity, a real with two decimals.
 constexpr std::size_t kFields = 5;
@@ -39,7 +42,6 @@ constexpr std::size_t kEntities = 3;
 constexpr std::size_t kColumns = 1 + kFields * kEntities;
 /// Rows repeat after so many, so that input takes no memory to speak of.
 constexpr std::size_t kRows = 256;
-constexpr std::size_t kBlockSize = 0x100000;
 
 /// What was measured, as plain arrays.
 struct Values {
@@ -132,63 +134,30 @@ void writeSummary(const std::string& base, std::size_t cells) {
   writer.fini();
 }
 
-/// The floor: spilled cells, and the widths of their columns.
-class FloorTable {
+/// The floor: spilled cells, and what is made of them.
+class Floor {
  public:
-  explicit FloorTable(const std::string& path)
-      : m_file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600)), m_block(kBlockSize) {}
-  FloorTable(const FloorTable&) = delete;
-  FloorTable& operator=(const FloorTable&) = delete;
-  ~FloorTable() { ::close(m_file); }
+  explicit Floor(const std::string& path) : m_cells(path, kColumns), m_block(kFloorBlockSize) {}
 
   void row(std::size_t number) {
     const Values& all = values();
-    cell(0, [&](char* out) { return countText(out, all.counts[number]); });
+    m_cells.add(0, [&](char* out) { return countText(out, all.counts[number]); });
     for (std::size_t i = 1; i < kColumns; ++i) {
-      cell(i, [&](char* out) { return fixedText(out, all.reals[number][i - 1]); });
+      m_cells.add(i, [&](char* out) { return fixedText(out, all.reals[number][i - 1]); });
     }
   }
 
   /// The second pass.
   void layOut(const std::string& path) {
-    spill();
     m_out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     titles();
-    ::lseek(m_file, 0, SEEK_SET);
-    std::vector<char> input(kBlockSize);
-    std::size_t column = 0;
-    std::size_t kept = 0;
-    for (ssize_t got = 0; (got = ::read(m_file, input.data() + kept, kBlockSize - kept)) > 0;) {
-      const std::size_t end = kept + static_cast<std::size_t>(got);
-      const std::size_t taken = cells({input.data(), end}, column);
-      kept = end - taken;
-      std::memmove(input.data(), input.data() + taken, kept);
-    }
+    m_cells.forEach([this](std::size_t column, std::string_view text) { putCell(text, column); });
     put("\n", 0);
     writeOut();
     ::close(m_out);
   }
 
  private:
-  template <typename Format>
-  void cell(std::size_t column, Format format) {
-    if (kBlockSize - m_used < 1 + kLongestText) {
-      spill();
-    }
-    char* record = m_block.data() + m_used;
-    const std::size_t length = format(record + 1);
-    *record = static_cast<char>(length);
-    m_used += 1 + length;
-    m_widths[column] = std::max(m_widths[column], length);
-  }
-
-  void spill() {
-    if (::write(m_file, m_block.data(), m_used) != static_cast<ssize_t>(m_used)) {
-      std::abort();
-    }
-    m_used = 0;
-  }
-
   void titles() {
     put("Residency (units = %)\n", 0);
     std::vector<std::string> names = {"Count"};
@@ -196,7 +165,7 @@ class FloorTable {
       names.push_back("CPU" + std::to_string(i % kEntities) + " C" + std::to_string(i / kEntities));
     }
     for (std::size_t i = 0; i < kColumns; ++i) {
-      m_widths[i] = std::max(m_widths[i], names[i].size());
+      m_cells.widen(i, names[i].size());
     }
     for (std::size_t i = 0; i < kColumns; ++i) {
       putCell(names[i], i);
@@ -206,29 +175,14 @@ class FloorTable {
     }
   }
 
-  /// Lays out the whole records of `input`; returns their size.
-  std::size_t cells(std::string_view input, std::size_t& column) {
-    std::size_t position = 0;
-    while (position < input.size()) {
-      const auto length = static_cast<std::size_t>(static_cast<unsigned char>(input[position]));
-      if (input.size() - position < 1 + length) {
-        break;
-      }
-      putCell(input.substr(position + 1, length), column);
-      column = column + 1 < kColumns ? column + 1 : 0;
-      position += 1 + length;
-    }
-    return position;
-  }
-
   void putCell(std::string_view text, std::size_t column) {
-    put(text, m_widths[column]);
+    put(text, m_cells.width(column));
     put(column + 1 < kColumns ? ", " : "\n", 0);
   }
 
   void put(std::string_view text, std::size_t width) {
     const std::size_t size = std::max(width, text.size());
-    if (kBlockSize - m_used < size) {
+    if (kFloorBlockSize - m_used < size) {
       writeOut();
     }
     std::memcpy(m_block.data() + m_used, text.data(), text.size());
@@ -243,16 +197,15 @@ class FloorTable {
     m_used = 0;
   }
 
-  int m_file;
+  SpilledCells m_cells;
   int m_out = -1;
   std::vector<char> m_block;
   std::size_t m_used = 0;
-  std::array<std::size_t, kColumns> m_widths{};
 };
 
 void writeFloor(const std::string& path, std::size_t cells) {
   const Scratch spill("sum_floor_spill");
-  FloorTable table(spill.path());
+  Floor table(spill.path());
   for (std::size_t i = 0; i < cells / kColumns; ++i) {
     table.row(i % kRows);
   }
